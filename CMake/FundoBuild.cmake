@@ -1,0 +1,65 @@
+# Compiler settings that every target of this project shares.
+
+function(fundo_configure target)
+    target_compile_features(${target} PRIVATE cxx_std_17)
+    set_target_properties(${target} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+    target_compile_definitions(${target} PRIVATE _GNU_SOURCE)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    if(FUNDO_SANITIZE)
+        string(REPLACE ";" "," sanitizers "${FUNDO_SANITIZE}")
+        # UBSan reports must fail a test, not scroll by.
+        target_compile_options(${target} PRIVATE
+            -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+        target_link_options(${target} PUBLIC -fsanitize=${sanitizers})
+    endif()
+endfunction()
+
+# fundo_add_tests(<name> [INTERNAL] [SOURCES ...] [LIBRARIES ...])
+#
+# One test program, linked with the shared library, or with the library's objects when the tests
+# reach private parts (INTERNAL). CTest runs each TEST in a process of its own, since options, pools
+# and singletons are process-wide. Without SOURCES every .cpp of the folder is taken.
+function(fundo_add_tests name)
+    cmake_parse_arguments(arg "INTERNAL" "" "SOURCES;LIBRARIES" ${ARGN})
+    if(NOT arg_SOURCES)
+        file(GLOB arg_SOURCES CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    endif()
+    add_executable(${name} ${arg_SOURCES})
+    fundo_configure(${name})
+    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/Tests")
+    if(arg_INTERNAL)
+        target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/Src")
+        target_link_libraries(${name} PRIVATE FundoObjects)
+    else()
+        target_link_libraries(${name} PRIVATE Fundo::Fundo)
+    endif()
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest_main)
+    gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()
+
+# fundo_add_benchmark(<name> [INTERNAL] [LIBRARIES ...])
+#
+# One benchmark program from every .cpp of the folder.
+function(fundo_add_benchmark name)
+    cmake_parse_arguments(arg "INTERNAL" "" "LIBRARIES" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    add_executable(${name} ${sources})
+    fundo_configure(${name})
+    if(arg_INTERNAL)
+        target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/Src")
+        target_link_libraries(${name} PRIVATE FundoObjects)
+    else()
+        target_link_libraries(${name} PRIVATE Fundo::Fundo)
+    endif()
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} benchmark::benchmark_main)
+endfunction()
+
+# fundo_add_example(<name> <source>...)
+function(fundo_add_example name)
+    add_executable(${name} ${ARGN})
+    fundo_configure(${name})
+    target_link_libraries(${name} PRIVATE Fundo::Fundo)
+endfunction()

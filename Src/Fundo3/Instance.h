@@ -1,0 +1,49 @@
+#pragma once
+
+#include <atomic>
+#include <cstdlib>
+
+#include "Fundo/Fundo3/Mutex.h"
+#include "Fundo3/Immortal.h"
+#include "Fundo3/Report.h"
+
+namespace Tovra::Fundo::Detail {
+
+// The one way to make a singleton: on first use, by one thread, deleted by an exit handler.
+//
+// A constructor that reaches for another singleton finishes after it and is registered later, so it is
+// destroyed earlier: what a singleton needs outlives it.
+template <class T>
+class Instance {
+public:
+    static T* get(const Site& site) {
+        T* object = s_holder.load(std::memory_order_acquire);
+        return object != nullptr ? object : make(site);
+    }
+
+private:
+    static T* make(const Site& site) {
+        static Immortal<CMutex> s_mutex;
+        s_mutex->enter();
+        T* object = s_holder.load(std::memory_order_acquire);
+        if (object == nullptr) {
+            object = new T;
+            s_holder.store(object, std::memory_order_release);
+            if (std::atexit(destroy) != 0) {
+                report(kInfo, site, "%s:%s atexit failed, line : %d\n", site.source, "instance", site.line);
+            }
+        }
+        s_mutex->leave();
+        return object;
+    }
+
+    static void destroy() { delete s_holder.exchange(nullptr, std::memory_order_acq_rel); }
+
+    static inline std::atomic<T*> s_holder{nullptr};
+};
+
+}  // namespace Tovra::Fundo::Detail
+
+// The body of T::instance(); T makes Detail::Instance<T> its friend. Stands in the source that owns T.
+#define FUNDO_DEFINE_INSTANCE(T) \
+    T* T::instance() { return ::Tovra::Fundo::Detail::Instance<T>::get(FUNDO_SITE); }
