@@ -1,0 +1,261 @@
+// A small system monitor, and a first look at libFundo.
+//
+//   FundoMonitor [--seconds N] [--period MS]
+//
+// Three timers sample this machine's /proc on pooled threads and put what they read in a queue. A worker
+// thread takes the samples out, computes rates and logs them. A fourth timer is the watchdog: it asks the
+// thread table who has missed a deadline. The console takes these commands:
+//
+//   threads   the table of running threads      slow   start a worker that misses its deadline
+//   timers    the table of armed timers         quit   end; so do SIGINT and SIGTERM
+//   level N   the log level, 0 to 6
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <sstream>
+#include <string>
+
+#include "Fundo/Fundo3/Mutex.h"
+#include "Fundo/Fundo3/PrintLog.h"
+#include "Fundo/Fundo3/Semaphore.h"
+#include "Fundo/Fundo3/ThreadLite.h"
+#include "Fundo/Fundo3/ThreadManager.h"
+#include "Fundo/Fundo3/Time.h"
+#include "Fundo/Fundo3/Timer.h"
+#include "Fundo/Fundo3/TimerManager.h"
+#include "Proc.h"
+
+using namespace Tovra::Fundo;
+
+static constexpr char kName[] = "monitor";
+
+namespace {
+
+struct Sample {
+    enum Kind { kCpu, kMemory, kSelf, kEnd } kind;
+    CpuSample cpu;
+    MemorySample memory;
+    SelfSample self;
+};
+
+// Many producers, one consumer: the semaphore counts the samples, the mutex guards the container.
+class SampleQueue {
+public:
+    void put(const Sample& sample) {
+        m_mutex.enter();
+        m_samples.push_back(sample);
+        m_mutex.leave();
+        m_filled.post();
+    }
+
+    Sample take() {
+        m_filled.pend();
+        m_mutex.enter();
+        const Sample sample = m_samples.front();
+        m_samples.pop_front();
+        m_mutex.leave();
+        return sample;
+    }
+
+private:
+    CMutex m_mutex;
+    CSemaphore m_filled{0};
+    std::deque<Sample> m_samples;
+};
+
+class Monitor {
+public:
+    explicit Monitor(unsigned period)
+        : m_worker(TFunction1<void, CThreadLite&>(&Monitor::work, this), "Worker", 64, 0, 0) {
+        m_worker.createThread();
+        start(m_cpuTimer, &Monitor::sampleCpu, period);
+        start(m_memoryTimer, &Monitor::sampleMemory, period);
+        start(m_selfTimer, &Monitor::sampleSelf, period);
+        start(m_watchdog, &Monitor::watch, 1000);
+    }
+
+    // Producers first: when the last timer has stopped, the end mark is the last sample in the queue.
+    ~Monitor() {
+        m_stopping = true;
+        m_slowTimer.stopAndWait();
+        m_watchdog.stopAndWait();
+        m_selfTimer.stopAndWait();
+        m_memoryTimer.stopAndWait();
+        m_cpuTimer.stopAndWait();
+        m_queue.put({Sample::kEnd, {}, {}, {}});
+        m_worker.destroyThread();
+    }
+
+    // A callback of 4 s under a deadline of 0.5 s, so that the watchdog has something to tell.
+    void startSlowWorker() { m_slowTimer.start({&Monitor::beSlow, this}, 0, 0, 4000, 500); }
+
+private:
+    using Callback = TFunction1<void, unsigned long>;
+
+    void start(CTimer& timer, void (Monitor::*callback)(unsigned long), unsigned period) {
+        timer.start(Callback(callback, this), 0, period, 0, 1000);
+    }
+
+    void sampleCpu(unsigned long) { m_queue.put({Sample::kCpu, readCpu(), {}, {}}); }
+    void sampleMemory(unsigned long) { m_queue.put({Sample::kMemory, {}, readMemory(), {}}); }
+    void sampleSelf(unsigned long) { m_queue.put({Sample::kSelf, {}, {}, readSelf()}); }
+
+    void beSlow(unsigned long milliseconds) {
+        FUNDO_LOG_WARN(kName, "slow worker: busy for %lu ms\n", milliseconds);
+        const uint64_t end = CTime::getCurrentMilliSecond() + milliseconds;
+        while (!m_stopping && CTime::getCurrentMilliSecond() < end)
+            CThread::sleep(10);
+    }
+
+    void watch(unsigned long) {
+        std::string late;
+        if (CThreadManager::instance()->getTimeOutThreads(late)) {
+            FUNDO_LOG_ERROR(kName, "past their deadline: %s\n", late.c_str());
+        }
+    }
+
+    void work(CThreadLite&) {
+        for (Sample sample = m_queue.take(); sample.kind != Sample::kEnd; sample = m_queue.take()) {
+            if (sample.kind == Sample::kCpu) showCpu(sample.cpu);
+            if (sample.kind == Sample::kMemory) showMemory(sample.memory);
+            if (sample.kind == Sample::kSelf) showSelf(sample.self);
+        }
+    }
+
+    void showCpu(const CpuSample& now) {
+        const CpuSample last = m_lastCpu;
+        m_lastCpu = now;
+        if (last.total == 0 || now.total <= last.total) return;
+        const double busy =
+            100.0 * static_cast<double>(now.busy - last.busy) / static_cast<double>(now.total - last.total);
+        if (busy > 90) {
+            FUNDO_LOG_WARN(kName, "cpu     %5.1f %% busy\n", busy);
+        } else {
+            FUNDO_LOG_INFO(kName, "cpu     %5.1f %% busy\n", busy);
+        }
+    }
+
+    static void showMemory(const MemorySample& now) {
+        FUNDO_LOG_INFO(kName, "memory  %5llu of %llu MiB available\n",
+                       static_cast<unsigned long long>(now.availableKb / 1024),
+                       static_cast<unsigned long long>(now.totalKb / 1024));
+    }
+
+    static void showSelf(const SelfSample& now) {
+        FUNDO_LOG_INFO(kName, "self    %5llu KiB resident, %llu threads\n",
+                       static_cast<unsigned long long>(now.residentKb),
+                       static_cast<unsigned long long>(now.threads));
+    }
+
+    SampleQueue m_queue;
+    CpuSample m_lastCpu;
+    std::atomic<bool> m_stopping{false};
+    CThreadLite m_worker;
+    CTimer m_cpuTimer{"SampleCpu"};
+    CTimer m_memoryTimer{"SampleMemory"};
+    CTimer m_selfTimer{"SampleSelf"};
+    CTimer m_watchdog{"Watchdog"};
+    CTimer m_slowTimer{"SlowWorker"};
+};
+
+// Does what a line of the console asks for. @return false to quit
+bool obey(const std::string& line, Monitor& monitor) {
+    std::istringstream words(line);
+    std::string command;
+    words >> command;
+    if (command == "quit") return false;
+    if (command == "threads") {
+        CThreadManager::instance()->dumpThreads();
+    } else if (command == "timers") {
+        CTimerManager::instance()->dumpTimers();
+    } else if (command == "slow") {
+        monitor.startSlowWorker();
+    } else if (int level = 0; command == "level" && words >> level) {
+        setPrintLogLevel(level);
+    } else if (!command.empty()) {
+        FUNDO_LOG_WARN(kName, "commands: threads, timers, slow, level N, quit\n");
+    }
+    return true;
+}
+
+// Reads commands until quit, a signal, or the end of the time. The end of standard input ends nothing: a
+// service has none.
+class Console {
+public:
+    Console() {
+        sigset_t ending;
+        sigemptyset(&ending);
+        sigaddset(&ending, SIGINT);
+        sigaddset(&ending, SIGTERM);
+        // Blocked before the first thread is made, so that every thread inherits the mask.
+        pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+        m_sources[0] = {signalfd(-1, &ending, SFD_CLOEXEC), POLLIN, 0};
+        m_sources[1] = {STDIN_FILENO, POLLIN, 0};
+    }
+    ~Console() { close(m_sources[0].fd); }
+
+    void run(Monitor& monitor, int seconds) {
+        const uint64_t end = CTime::getCurrentMilliSecond() + static_cast<uint64_t>(seconds) * 1000;
+        for (;;) {
+            const uint64_t now = CTime::getCurrentMilliSecond();
+            if (seconds > 0 && now >= end) return;
+            const int wait = seconds > 0 ? static_cast<int>(end - now) : -1;
+            if (poll(m_sources, 2, wait) < 0) continue;
+            if (m_sources[0].revents != 0) return;
+            if (m_sources[1].revents != 0 && !readCommands(monitor)) return;
+        }
+    }
+
+private:
+    bool readCommands(Monitor& monitor) {
+        char text[512];
+        const ssize_t count = read(STDIN_FILENO, text, sizeof text);
+        if (count <= 0) {
+            m_sources[1].fd = -1;
+            return true;
+        }
+        m_input.append(text, static_cast<size_t>(count));
+        for (size_t end = m_input.find('\n'); end != std::string::npos; end = m_input.find('\n')) {
+            const std::string line = m_input.substr(0, end);
+            m_input.erase(0, end + 1);
+            if (!obey(line, monitor)) return false;
+        }
+        return true;
+    }
+
+    pollfd m_sources[2];
+    std::string m_input;
+};
+
+// The number behind an option on the command line, or a default.
+int option(int argc, char** argv, const char* name, int otherwise) {
+    for (int i = 1; i + 1 < argc; ++i) {
+        if (std::strcmp(argv[i], name) == 0) return std::atoi(argv[i + 1]);
+    }
+    return otherwise;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    PrintOptions options{};
+    options.noColor = isatty(STDOUT_FILENO) == 0;
+    options.noVersion = true;
+    setPrintOptions(options);
+    setPrintLogLevel(4);
+
+    Console console;
+    CThreadManager::instance()->registerMainThread();
+    const int period = option(argc, argv, "--period", 1000);
+    Monitor monitor(period > 0 ? static_cast<unsigned>(period) : 1000);
+    console.run(monitor, option(argc, argv, "--seconds", 0));
+    return 0;
+}
