@@ -1,0 +1,412 @@
+#include "Fundo/Fundo3/Timer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Fundo/Fundo3/Thread.h"
+#include "Fundo/Fundo3/ThreadManager.h"
+#include "Fundo/Fundo3/TimerManager.h"
+#include "Fundo3/Timer/TimerManagerInternal.h"
+#include "Platform/Clock.h"
+#include "Support/Await.h"
+#include "Support/Output.h"
+
+using namespace Tovra::Fundo;
+using Support::await;
+using Support::Output;
+
+namespace {
+
+using Callback = TFunction1<void, unsigned long>;
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// A callback that counts its calls and can be held inside.
+class Target {
+public:
+    Callback callback() { return Callback(&Target::call, this); }
+    int calls() const { return m_calls; }
+    int inside() const { return m_inside; }
+    void hold() { m_held = true; }
+    void release() { m_held = false; }
+
+private:
+    void call(unsigned long) {
+        ++m_inside;
+        ++m_calls;
+        while (m_held)
+            CThread::sleep(1);
+        --m_inside;
+    }
+
+    std::atomic<int> m_calls{0};
+    std::atomic<int> m_inside{0};
+    std::atomic<bool> m_held{false};
+};
+
+// Keeps the manager from ticking, so that what was armed meanwhile comes due in one tick.
+class Stall {
+public:
+    Stall() { TimerManagerInternal::instance()->m_mutex.enter(); }
+    ~Stall() { TimerManagerInternal::instance()->m_mutex.leave(); }
+    Stall(const Stall&) = delete;
+    Stall& operator=(const Stall&) = delete;
+};
+
+TEST(Timer, FiresOnceNotBeforeItsTimeAndPassesTheParameter) {
+    static std::atomic<uint64_t> s_called{0};
+    CTimer timer("Once");
+    const auto fire = [](unsigned long parameter) {
+        s_called = Platform::monotonicMilliSecond() + parameter;
+    };
+    const uint64_t start = Platform::monotonicMilliSecond();
+    EXPECT_TRUE(timer.start(Callback(+fire), 50, 0, 1000000, 0));
+    EXPECT_TRUE(timer.isStarted());
+    EXPECT_FALSE(timer.isCalled());
+    await([&] { return s_called != 0; });
+    // The delay counts from the last tick, which a busy machine may have kept late.
+    EXPECT_GE(s_called, start + 1000000 + 50 - 10);
+    EXPECT_TRUE(timer.isCalled());
+    EXPECT_FALSE(timer.isStarted());
+    timer.stopAndWait();
+    EXPECT_FALSE(timer.isRunning());
+}
+
+TEST(Timer, WithoutDelayCallsAtOnceAndNotTwiceAtTheSameTime) {
+    Target target;
+    target.hold();
+    CTimer timer("AtOnce");
+    EXPECT_TRUE(timer.start(target.callback(), 0, 0, 0, 0));
+    EXPECT_TRUE(timer.isCalled());
+    EXPECT_FALSE(timer.isStarted());
+    EXPECT_TRUE(timer.isRunning());
+    await([&] { return target.inside() == 1; });
+    EXPECT_FALSE(timer.start(target.callback(), 0, 0, 0, 0));
+    target.release();
+    timer.stopAndWait();
+    EXPECT_EQ(target.calls(), 1);
+}
+
+TEST(Timer, APeriodicTimerGoesOnAndLosesTheTicksOfALongCall) {
+    Target target;
+    CTimer timer("Periodic");
+    EXPECT_TRUE(timer.start(target.callback(), 10, 10, 0, 0));
+    await([&] { return target.calls() >= 3; });
+    EXPECT_FALSE(timer.isCalled());
+    target.hold();
+    await([&] { return target.inside() == 1; });
+    const int calls = target.calls();
+    CThread::sleep(60);
+    EXPECT_EQ(target.calls(), calls);
+    target.release();
+    await([&] { return target.calls() > calls; });
+    timer.stopAndWait();
+    const int last = target.calls();
+    CThread::sleep(40);
+    EXPECT_EQ(target.calls(), last);
+}
+
+TEST(Timer, AfterAStallAPeriodicTimerFiresOnceAndKeepsItsPhase) {
+    TimerInternal timer("Phase");
+    auto& manager = *TimerManagerInternal::instance();
+    Target target;
+    const Stall stall;
+    timer.m_fun = target.callback();
+    timer.m_period = 100;
+    timer.m_nextTime = manager.now() - 730;
+    const uint64_t phase = timer.m_nextTime % 100;
+    timer.m_started = true;
+    manager.addTimer(&timer);
+    EXPECT_TRUE(timer.run(manager));
+    EXPECT_EQ(timer.m_nextTime % 100, phase);
+    EXPECT_GT(timer.m_nextTime, manager.now());
+    EXPECT_LE(timer.m_nextTime, manager.now() + 100);
+    manager.removeTimer(&timer);
+    manager.removeTimer(&timer);
+    while (timer.m_thread != nullptr) {
+        manager.m_mutex.leave();
+        CThread::sleep(1);
+        manager.m_mutex.enter();
+    }
+    EXPECT_EQ(target.calls(), 1);
+}
+
+TEST(Timer, StopTellsWhetherItWasArmedAndCanFireAPendingOneShot) {
+    Target target;
+    CTimer timer("Stop");
+    EXPECT_FALSE(timer.stop(true));
+    timer.start(target.callback(), 100000, 0, 0, 0);
+    EXPECT_TRUE(timer.stop(false));
+    EXPECT_FALSE(timer.stop(false));
+    EXPECT_FALSE(timer.isCalled());
+    timer.start(target.callback(), 100000, 100000, 0, 0);
+    EXPECT_TRUE(timer.stop(true));
+    timer.stopAndWait();
+    EXPECT_EQ(target.calls(), 0);
+    timer.start(target.callback(), 100000, 0, 0, 0);
+    EXPECT_TRUE(timer.stop(true));
+    EXPECT_TRUE(timer.isCalled());
+    await([&] { return target.calls() == 1; });
+}
+
+TEST(Timer, StopAndWaitWaitsForARunningCallbackAndSaysSo) {
+    Output output(4);
+    Target target;
+    target.hold();
+    CTimer timer("Waited");
+    timer.start(target.callback(), 0, 0, 0, 0);
+    await([&] { return target.inside() == 1; });
+    std::atomic<bool> stopped{false};
+    std::thread stopper([&] {
+        timer.stopAndWait();
+        stopped = true;
+    });
+    CThread::sleep(50);
+    EXPECT_FALSE(stopped);
+    target.release();
+    stopper.join();
+    EXPECT_EQ(target.inside(), 0);
+    EXPECT_TRUE(contains(output.take(), "CTimer::Stop 'Waited' wait callback exit!"));
+}
+
+TEST(Timer, ACallbackMayStopRearmAndDestroyItsOwnTimer) {
+    struct Self {
+        CTimer* timer = new CTimer("Self");
+        std::atomic<int> calls{0};
+        std::atomic<bool> destroyed{false};
+        void call(unsigned long) {
+            if (++calls < 5) {
+                timer->stopAndWait();
+                timer->start(Callback(&Self::call, this), 1, 0, 0, 0);
+                return;
+            }
+            delete timer;
+            destroyed = true;
+        }
+    } self;
+    self.timer->start(Callback(&Self::call, &self), 1, 1, 0, 0);
+    await([&] { return self.destroyed.load(); });
+    EXPECT_EQ(self.calls, 5);
+}
+
+TEST(Timer, APeriodCanBeChangedInFlight) {
+    Target target;
+    CTimer timer("Period");
+    timer.start(target.callback(), 100000, 100000, 0, 0);
+    EXPECT_TRUE(timer.setPeriodTime(10));  // brings the next call 99990 ms forward
+    await([&] { return target.calls() >= 2; });
+    timer.setPeriodTime(0);
+    await([&] { return timer.isCalled(); });
+    EXPECT_FALSE(timer.isStarted());
+    timer.stopAndWait();
+    timer.setPeriodTime(7);
+    EXPECT_FALSE(timer.isStarted());
+    timer.start(target.callback(), 100000, 0, 0, 0);
+    EXPECT_TRUE(timer.stop(false));
+}
+
+TEST(Timer, NamesAreCutAndNullIsNonamed) {
+    CTimer nameless(nullptr);
+    EXPECT_STREQ(nameless.getName(), "Nonamed");
+    nameless.setName("0123456789012345678901234567890123456789");
+    EXPECT_STREQ(nameless.getName(), "0123456789012345678901234567890");
+}
+
+TEST(TimerManager, TimersOfOneDueTimeFireInReverseOrderOfArming) {
+    auto& manager = *TimerManagerInternal::instance();
+    const Stall stall;
+    TimerInternal first("First");
+    TimerInternal second("Second");
+    TimerInternal later("Later");
+    for (TimerInternal* timer : {&later, &first, &second}) {
+        timer->m_nextTime = manager.now() + (timer == &later ? 2 : 1) * 100000;
+        manager.addTimer(timer);
+    }
+    EXPECT_EQ(second.m_next, &first);
+    EXPECT_EQ(first.m_next, &later);
+    EXPECT_EQ(later.m_next, nullptr);
+    for (TimerInternal* timer : {&first, &second, &later})
+        manager.removeTimer(timer);
+}
+
+TEST(TimerManager, ABlockedCallbackShowsInBothTables) {
+    Target target;
+    target.hold();
+    CTimer timer("Blocked");
+    timer.start(target.callback(), 0, 100000, 0, 1);
+    CTimer longest("Longest");
+    Target other;
+    other.hold();
+    longest.start(other.callback(), 0, 0, 0, UINT_MAX);
+    await([&] { return target.inside() == 1 && other.inside() == 1; });
+    std::string names;
+    await([&] { return CThreadManager::instance()->getTimeOutThreads(names); });
+    EXPECT_TRUE(contains(names, "Blocked(")) << names;
+    EXPECT_FALSE(contains(names, "Longest(")) << names;
+    {
+        Output output(4);
+        CTimerManager::instance()->dumpTimers();
+        CThreadManager::instance()->dumpThreads();
+        const std::string text = output.take();
+        EXPECT_TRUE(
+            contains(text, "            Name            NextTime RunningTime Period   Used/Timeout State"));
+        EXPECT_TRUE(contains(text, "                 Blocked "));
+        EXPECT_TRUE(contains(text, "/     1 Running"));
+        EXPECT_TRUE(contains(text, "64  Timeout"));
+        EXPECT_TRUE(contains(text, "            TimerManager "));
+        EXPECT_FALSE(contains(text.substr(0, text.find("Threads:")), "Longest"));
+    }
+    target.release();
+    other.release();
+    timer.stopAndWait();
+    longest.stopAndWait();
+    await([&] { return !CThreadManager::instance()->getTimeOutThreads(names); });
+    Output output(4);
+    CThreadManager::instance()->dumpThreads();
+    EXPECT_TRUE(contains(output.take(), "                [Pooled] "));
+}
+
+TEST(TimerManager, RunningTimeIsSummedWhileStatisticsAreOn) {
+    Target target;
+    target.hold();
+    CTimer timer("Statistics");
+    timer.start(target.callback(), 30, 100000, 0, 0);
+    timer.enableStat(true);
+    await([&] { return target.inside() == 1; });
+    CThread::sleep(30);
+    target.release();
+    await([&] { return !timer.isRunning(); });
+    Output output(4);
+    CTimerManager::instance()->dumpTimers();
+    const std::string text = output.take();
+    const char* row = std::strstr(text.c_str(), "Statistics");
+    ASSERT_NE(row, nullptr);
+    unsigned long long next = 0;
+    unsigned long long running = 0;
+    ASSERT_EQ(std::sscanf(row, "Statistics %llu %llu", &next, &running), 2);
+    EXPECT_GE(running, 30U);
+}
+
+// Blocks n callbacks at once, then lets them all return, and gives the number of idle workers.
+int idleAfter(int n) {
+    Target target;
+    target.hold();
+    std::vector<std::unique_ptr<CTimer>> timers;
+    for (int i = 0; i < n; ++i) {
+        timers.push_back(std::make_unique<CTimer>("Crowd"));
+        EXPECT_TRUE(timers.back()->start(target.callback(), 0, 0, 0, 0));
+    }
+    await([&] { return target.inside() == n; });
+    target.release();
+    timers.clear();
+    Output output(4);
+    CThreadManager::instance()->dumpThreads();
+    const std::string text = output.take();
+    int idle = 0;
+    for (size_t at = text.find("[Pooled]"); at != std::string::npos; at = text.find("[Pooled]", at + 1))
+        ++idle;
+    return idle;
+}
+
+TEST(TimerManager, ThePoolGrowsOnDemandAndIsCutToItsLimit) {
+    EXPECT_EQ(idleAfter(5), 5);
+    CTimerManager::instance()->limitIdlePooled(2);
+    EXPECT_EQ(idleAfter(1), 5 - 3);
+    CTimerManager::instance()->limitIdlePooled(0);
+    EXPECT_EQ(idleAfter(4), 4);
+    CTimerManager::instance()->limitIdlePooled(-3);
+    EXPECT_EQ(idleAfter(6), 6);
+}
+
+TEST(TimerStress, FiveHundredCallbacksBlockedAtOnceHoldUpNoOther) {
+    Target blocked;
+    blocked.hold();
+    std::vector<std::unique_ptr<CTimer>> timers;
+    for (int i = 0; i < 500; ++i) {
+        timers.push_back(std::make_unique<CTimer>("Blocked"));
+        timers.back()->start(blocked.callback(), static_cast<unsigned>(i % 40), 0, 0, 0);
+    }
+    await([&] { return blocked.inside() == 500; });
+    Target free;
+    CTimer timer("Free");
+    timer.start(free.callback(), 10, 10, 0, 0);
+    await([&] { return free.calls() >= 3; });
+    blocked.release();
+    timers.clear();
+    EXPECT_EQ(blocked.calls(), 500);
+}
+
+TEST(TimerStress, AThousandTimersAreArmedRearmedStoppedFromCallbacksAndDestroyed) {
+    constexpr size_t kTimers = 1000;
+    static std::vector<std::unique_ptr<CTimer>> s_timers;
+    static std::atomic<int> s_calls{0};
+    for (size_t i = 0; i < kTimers; ++i)
+        s_timers.push_back(std::make_unique<CTimer>("Stress"));
+    // Each call meddles with another timer: stops it, or arms it anew.
+    const auto meddle = [](unsigned long self) {
+        ++s_calls;
+        CTimer& other = *s_timers[(self * 7919 + 13) % kTimers];
+        if (self % 3 == 0) other.stop(self % 2 == 0);
+        if (self % 3 == 1) other.setPeriodTime(static_cast<unsigned>(self % 50));
+    };
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::minstd_rand random(seed);
+    for (int round = 0; round < 5; ++round) {
+        for (size_t i = 0; i < kTimers; ++i)
+            s_timers[i]->start(Callback(+meddle), static_cast<unsigned>(random() % 100),
+                               random() % 2 == 0 ? 0 : 20, i, 1000);
+        const int calls = s_calls;
+        await([&] { return s_calls > calls + 500; });
+    }
+    s_timers.front()->enableStat(true);
+    Output output(4);
+    CTimerManager::instance()->dumpTimers();
+    EXPECT_TRUE(contains(output.take(), "Stress"));
+    for (auto& timer : s_timers)
+        timer->stopAndWait();
+    s_timers.clear();
+}
+
+// A callback that is still running, and comes back, while the process exits.
+TEST(TimerExit, AWorkerThatComesBackDuringExitHarmsNothing) {
+    EXPECT_EXIT(
+        {
+            static std::atomic<bool> s_inside{false};
+            static std::atomic<bool> s_leaving{false};
+            // Made first, so it ends after the manager's exit handler has stopped the ticks.
+            static struct Late {
+                ~Late() {
+                    s_leaving = true;
+                    CThread::sleep(30);
+                    CTimerManager::instance()->dumpTimers();
+                    CThreadManager::instance()->dumpThreads();
+                }
+            } s_late;
+            static auto* s_abandoned = new CTimer("Abandoned");
+            static CTimer s_destroyed("Destroyed");
+            const auto linger = [](unsigned long) {
+                s_inside = true;
+                while (!s_leaving)
+                    CThread::sleep(1);
+            };
+            s_abandoned->start(Callback(+linger), 0, 10, 0, 0);
+            await([] { return s_inside.load(); });
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
