@@ -10,6 +10,7 @@
 #include "Fundo3/Immortal.h"
 #include "Fundo3/Instance.h"
 #include "Fundo3/Report.h"
+#include "Fundo3/StandardOutput.h"
 
 namespace Tovra::Fundo {
 
@@ -17,15 +18,8 @@ static constexpr char kSource[] = "Src/Fundo3/Error";
 
 namespace {
 
-// abort() does not flush. The lock is only tried: its holder may be the reason why we are here.
-void flushStandardOutput() {
-    if (ftrylockfile(stdout) != 0) return;
-    fflush_unlocked(stdout);
-    funlockfile(stdout);
-}
-
 [[noreturn]] void custom_abort() {
-    flushStandardOutput();
+    Detail::flushStandardOutput();
     std::abort();
 }
 
