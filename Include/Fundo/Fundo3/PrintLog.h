@@ -77,6 +77,39 @@ FUNDO_API void setPrintOptions(PrintOptions options);
 /// The options as last set.
 FUNDO_API void getPrintOptions(PrintOptions* out);
 
+/// Steers the log while the process runs; applications hand the words of their console on. argv[0] is the
+/// first option, not a program name. With argc 0, or "-h" alone, prints the usage. What does not fit is
+/// ignored.
+///
+///   -loglevel N                          the level gate
+///   -logmodule NAME on|off               one library; -logmodule on|off for all
+///   -logtime, -logthread, -logversion, -logfunction on|off    fields of the line
+///   -logpath FILE                        the log file; "" ends file logging
+///   -logsize KIB                         empties the file at this size, unless it rolls
+///   -logsavesetting bysize KIB MAX       rolls at this size, at most MAX files kept (0 no limit)
+///   -logsavesetting byday on|off MAX     rolls when the date changes
+///   -logsavesetting none                 one file, emptied at its size
+///   -logmodulestatistics on|off          counts bytes for getLogStatistics()
+///
+/// Meant for a console: lines in flight use old or new settings. The guarantee of the file: a line whose call
+/// has returned survives the process, not a power cut. One process for each log file. Archives are named
+/// FILE_YYYY-MM-DD_N; every file whose name holds the live path counts for MAX and can be removed as the
+/// oldest, FILE.bak too. A failure is told on standard output and costs at most its line.
+FUNDO_API void setLogFilter(int argc, char** argv);
+
+/// Bytes logged under one name.
+struct LogModuleInfo {
+    uint64_t logSize;   ///< sticks at the largest value
+    uint64_t reserved;  ///< 0
+};
+
+/// A copy of the statistics, by library name. Any thread.
+FUNDO_API std::map<std::string, LogModuleInfo> getLogStatistics();
+
+/// Closes the log file; the next line opens it again. To rotate from outside: rename the file, then call
+/// this.
+FUNDO_API void logCleanup();
+
 /// Replaces standard output for the text of lines; the colour escapes still go there. An empty delegate
 /// gives the console back. The printer is called without a lock held.
 FUNDO_API void setLogPrinter(TFunction1<void, const char*> printer);
