@@ -36,6 +36,8 @@ function(fundo_add_tests name)
     else()
         target_link_libraries(${name} PRIVATE Fundo::Fundo)
     endif()
+    # As the library itself: threads with small stacks call what the tests interpose.
+    target_link_options(${name} PRIVATE "LINKER:-z,now")
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest_main)
     gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()

@@ -13,7 +13,10 @@ namespace Tovra::Fundo::Detail {
 //
 // A constructor that reaches for another singleton finishes after it and is registered later, so it is
 // destroyed earlier: what a singleton needs outlives it.
-template <class T>
+//
+// A lasting singleton stays in memory for threads that still use it while the process exits; the handler
+// calls its atExit(), if it has one, instead of deleting it.
+template <class T, bool lasting = false>
 class Instance {
 public:
     static T* get(const Site& site) {
@@ -29,7 +32,7 @@ private:
         if (object == nullptr) {
             object = new T;
             s_holder.store(object, std::memory_order_release);
-            if (std::atexit(destroy) != 0) {
+            if (std::atexit(end) != 0) {
                 report(kInfo, site, "%s:%s atexit failed, line : %d\n", site.source, "instance", site.line);
             }
         }
@@ -37,13 +40,28 @@ private:
         return object;
     }
 
-    static void destroy() { delete s_holder.exchange(nullptr, std::memory_order_acq_rel); }
+    static void end() {
+        if constexpr (lasting) {
+            callAtExit(s_holder.load(std::memory_order_acquire), 0);
+        } else {
+            delete s_holder.exchange(nullptr, std::memory_order_acq_rel);
+        }
+    }
+
+    template <class U>
+    static auto callAtExit(U* object, int) -> decltype(object->atExit()) {
+        object->atExit();
+    }
+    template <class U>
+    static void callAtExit(U*, long) {}
 
     static inline std::atomic<T*> s_holder{nullptr};
 };
 
 }  // namespace Tovra::Fundo::Detail
 
-// The body of T::instance(); T makes Detail::Instance<T> its friend. Stands in the source that owns T.
+// The body of T::instance(); T makes the instance class its friend. Stands in the source that owns T.
 #define FUNDO_DEFINE_INSTANCE(T) \
     T* T::instance() { return ::Tovra::Fundo::Detail::Instance<T>::get(FUNDO_SITE); }
+#define FUNDO_DEFINE_LASTING_INSTANCE(T) \
+    T* T::instance() { return ::Tovra::Fundo::Detail::Instance<T, true>::get(FUNDO_SITE); }

@@ -18,7 +18,8 @@ public:
     void set(const char* name) {
         Copy padded = {};
         const char* source = name != nullptr ? name : "Nonamed";
-        std::memcpy(padded.text, source, strnlen(source, sizeof padded.text - 1));
+        for (size_t i = 0; i < sizeof padded.text - 1 && source[i] != '\0'; ++i)
+            padded.text[i] = source[i];
         uint64_t words[kWords];
         std::memcpy(words, padded.text, sizeof words);
         for (int i = 0; i < kWords; ++i)

@@ -47,7 +47,9 @@ TEST(RecursiveMutex, IsFreeAfterAsManyLeaves) {
     order = 1;
     EXPECT_TRUE(mutex.leave());
     other.join();
+#ifndef __SANITIZE_THREAD__  // which reports the misuse
     EXPECT_FALSE(mutex.leave());
+#endif
 }
 
 TEST(ReadWriteMutex, AdmitsReadersTogetherAndRefusesItsWriterASecondTime) {

@@ -9,8 +9,8 @@ namespace Tovra::Fundo {
 class ThreadManagerInternal;
 
 namespace Detail {
-template <class T>
-class Immortal;
+template <class T, bool lasting>
+class Instance;
 }
 
 /// The table of running CThread bodies, the newest first. The main thread is not in it, nor is any thread
@@ -32,7 +32,7 @@ public:
     bool hasThread(int id);
 
 private:
-    friend class Detail::Immortal<CThreadManager>;
+    friend class Detail::Instance<CThreadManager, true>;
     CThreadManager();
 
     ThreadManagerInternal* m_internal;

@@ -7,8 +7,8 @@ namespace Tovra::Fundo {
 class TimerManagerInternal;
 
 namespace Detail {
-template <class T>
-class Immortal;
+template <class T, bool lasting>
+class Instance;
 }
 
 /// The timers of the process and the pool of threads that call them. Any thread may call any operation.
@@ -28,7 +28,7 @@ public:
     void limitIdlePooled(int limit);
 
 private:
-    friend class Detail::Immortal<CTimerManager>;
+    friend class Detail::Instance<CTimerManager, true>;
     CTimerManager();
 
     TimerManagerInternal* m_internal;

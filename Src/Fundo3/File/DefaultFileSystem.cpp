@@ -69,7 +69,8 @@ const dirent* nextEntry(DIR* dir) {
 
 }  // namespace
 
-FUNDO_DEFINE_INSTANCE(FileDefaultOpt)
+// A thread may still write to the log file while the process exits.
+FUNDO_DEFINE_LASTING_INSTANCE(FileDefaultOpt)
 
 void* FileDefaultOpt::fopen(const char* path, const char* mode) {
     FUNDO_ASSERT_IN(mode != NULL, kFopen);

@@ -36,7 +36,7 @@ public:
     long long ftell64(void* fp) override;
 
 private:
-    friend class Detail::Instance<FileDefaultOpt>;
+    friend class Detail::Instance<FileDefaultOpt, true>;
     FileDefaultOpt() = default;
 };
 

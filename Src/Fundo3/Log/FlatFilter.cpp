@@ -5,8 +5,9 @@
 
 #include "Fundo3/Report.h"
 #include "MiniFundo/PrintLog.h"
+#include "Platform/ThreadId.h"
 
-// The flat path: a line to standard output and nowhere else.
+// The flat layer's own path, a line to standard output and nowhere else, and its helpers.
 
 namespace {
 
@@ -45,4 +46,8 @@ int Fundo_logFilter(int level, const char* libName, const char* file, const char
     std::fputs(buffer, stdout);
     Fundo_resetcolor();
     return total;
+}
+
+unsigned Fundo_getCurrentThreadID() {
+    return static_cast<unsigned>(Tovra::Fundo::Platform::currentThreadId());
 }

@@ -24,10 +24,7 @@ struct Row {
 
 }  // namespace
 
-ThreadManagerInternal* ThreadManagerInternal::instance() {
-    static Detail::Immortal<ThreadManagerInternal> instanceThreadManagerInternal;
-    return &*instanceThreadManagerInternal;
-}
+FUNDO_DEFINE_LASTING_INSTANCE(ThreadManagerInternal)
 
 ThreadManagerInternal::ThreadManagerInternal() {
     FUNDO_REPORT_THIS(Detail::kTrace, "CThreadManager::CThreadManager()>>>>>>>>>\n");
@@ -105,10 +102,7 @@ void ThreadManagerInternal::dumpThreads() {
     FUNDO_REPORT(Detail::kInfo, "\n");
 }
 
-CThreadManager* CThreadManager::instance() {
-    static Detail::Immortal<CThreadManager> instanceCThreadManager;
-    return &*instanceCThreadManager;
-}
+FUNDO_DEFINE_LASTING_INSTANCE(CThreadManager)
 
 CThreadManager::CThreadManager() : m_internal(ThreadManagerInternal::instance()) {}
 

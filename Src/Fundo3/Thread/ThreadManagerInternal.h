@@ -4,7 +4,7 @@
 #include <string>
 
 #include "Fundo/Fundo3/Mutex.h"
-#include "Fundo3/Immortal.h"
+#include "Fundo3/Instance.h"
 #include "Fundo3/LinkedList.h"
 #include "Fundo3/Thread/ThreadInternal.h"
 
@@ -30,7 +30,7 @@ public:
     void dumpThreads();
 
 private:
-    friend class Detail::Immortal<ThreadManagerInternal>;
+    friend class Detail::Instance<ThreadManagerInternal, true>;
     ThreadManagerInternal();
 
     ThreadInternal* find(int id) const;

@@ -1,7 +1,6 @@
 #include "Fundo/Fundo3/TimerManager.h"
 
-#include <cstdlib>
-
+#include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/Report.h"
 #include "Fundo3/Timer/TimerManagerInternal.h"
 #include "Platform/Clock.h"
@@ -14,6 +13,8 @@ namespace {
 
 constexpr int kTick = 10;         // milliseconds
 constexpr int kDeadline = 10000;  // milliseconds without a tick that the thread table shows as "Timeout"
+
+bool TimerManagerLogPrintProc(const char*) { return true; }
 
 // Wakes all before it waits for the first, so that many end as fast as one.
 void endWorkers(CTimerThread* chain) {
@@ -30,27 +31,20 @@ void endWorkers(CTimerThread* chain) {
 
 }  // namespace
 
-TimerManagerInternal* TimerManagerInternal::instance() {
-    static Detail::Immortal<TimerManagerInternal> instanceTimerManagerInternal;
-    return &*instanceTimerManagerInternal;
-}
+FUNDO_DEFINE_LASTING_INSTANCE(TimerManagerInternal)
 
 TimerManagerInternal::TimerManagerInternal()
     : CThread("TimerManager", 1, 0, 0), m_curTime(Platform::monotonicMilliSecond()) {
-    if (std::atexit(exitTimerManagerInternal) != 0) {
-        FUNDO_REPORT(Detail::kInfo, "%s:%s atexit failed, line : %d\n", kSource, "instance", __LINE__);
-    }
     createThread();
 }
 
-void TimerManagerInternal::exitTimerManagerInternal() {
-    TimerManagerInternal& manager = *instance();
-    manager.destroyThread();
-    manager.m_mutex.enter();
-    CTimerThread* idle = manager.m_idleThreads;
-    manager.m_idleThreads = nullptr;
-    manager.m_idleCount = 0;
-    manager.m_mutex.leave();
+void TimerManagerInternal::atExit() {
+    destroyThread();
+    m_mutex.enter();
+    CTimerThread* idle = m_idleThreads;
+    m_idleThreads = nullptr;
+    m_idleCount = 0;
+    m_mutex.leave();
     endWorkers(idle);
 }
 
@@ -153,13 +147,14 @@ void TimerManagerInternal::dumpTimers() {
     m_mutex.leave();
 }
 
-CTimerManager* CTimerManager::instance() {
-    static Detail::Immortal<CTimerManager> instanceCTimerManager;
-    return &*instanceCTimerManager;
-}
+FUNDO_DEFINE_LASTING_INSTANCE(CTimerManager)
 
+// The print log's state is made before the timers', so that callbacks and dumps can log to the end.
 CTimerManager::CTimerManager() {
     FUNDO_REPORT_THIS(Detail::kTrace, "CTimerManager::CTimerManager()>>>>>>>>>\n");
+    const TFunction1<bool, const char*> touch(TimerManagerLogPrintProc);
+    attachPrint(touch);
+    detachPrint(touch);
     m_internal = TimerManagerInternal::instance();
 }
 

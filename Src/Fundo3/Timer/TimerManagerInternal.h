@@ -5,7 +5,7 @@
 
 #include "Fundo/Fundo3/RecursiveMutex.h"
 #include "Fundo/Fundo3/Thread.h"
-#include "Fundo3/Immortal.h"
+#include "Fundo3/Instance.h"
 #include "Fundo3/LinkedList.h"
 #include "Fundo3/Timer/TimerInternal.h"
 #include "Fundo3/Timer/TimerThread.h"
@@ -32,14 +32,14 @@ public:
     void limitIdlePooled(int limit) { m_idleLimit = limit; }
     void dumpTimers();
     void threadProc() override;
+    void atExit();
 
     CRecursiveMutex m_mutex;  // the one lock of all timers and workers; not held during a callback
 
 private:
-    friend class Detail::Immortal<TimerManagerInternal>;
+    friend class Detail::Instance<TimerManagerInternal, true>;
     TimerManagerInternal();
 
-    static void exitTimerManagerInternal();
     bool tick();
     bool fireFirst();
     CTimerThread* cutPool(int limit);
