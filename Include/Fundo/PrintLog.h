@@ -2,8 +2,7 @@
 
 #include "Fundo/Fundo3/Export.h"
 
-/// @file
-/// The print log's plain entries in the global namespace, line for line those of Fundo/Fundo3/PrintLog.h.
+// The print log's plain entries in the global namespace, line for line those of Fundo/Fundo3/PrintLog.h.
 
 /// Logs at level 1 under "libFundo". @return bytes composed; 0 if the level gate refused
 FUNDO_API int logFatal(const char* fmt, ...) __attribute__((format(printf, 1, 2)));

@@ -299,8 +299,19 @@ TEST(TimerManager, RunningTimeIsSummedWhileStatisticsAreOn) {
     EXPECT_GE(running, 30U);
 }
 
-// Blocks n callbacks at once, then lets them all return, and gives the number of idle workers.
-int idleAfter(int n) {
+int countIdle() {
+    Output output(4);
+    CThreadManager::instance()->dumpThreads();
+    const std::string text = output.take();
+    int idle = 0;
+    for (size_t at = text.find("[Pooled]"); at != std::string::npos; at = text.find("[Pooled]", at + 1))
+        ++idle;
+    return idle;
+}
+
+// Blocks n callbacks at once, lets them all return, and waits for the number of idle workers: surplus ones
+// end after the callback that cut them off.
+void awaitIdleAfter(int n, int idle) {
     Target target;
     target.hold();
     std::vector<std::unique_ptr<CTimer>> timers;
@@ -311,23 +322,17 @@ int idleAfter(int n) {
     await([&] { return target.inside() == n; });
     target.release();
     timers.clear();
-    Output output(4);
-    CThreadManager::instance()->dumpThreads();
-    const std::string text = output.take();
-    int idle = 0;
-    for (size_t at = text.find("[Pooled]"); at != std::string::npos; at = text.find("[Pooled]", at + 1))
-        ++idle;
-    return idle;
+    await([&] { return countIdle() == idle; });
 }
 
 TEST(TimerManager, ThePoolGrowsOnDemandAndIsCutToItsLimit) {
-    EXPECT_EQ(idleAfter(5), 5);
+    awaitIdleAfter(5, 5);
     CTimerManager::instance()->limitIdlePooled(2);
-    EXPECT_EQ(idleAfter(1), 5 - 3);
+    awaitIdleAfter(1, 2);
     CTimerManager::instance()->limitIdlePooled(0);
-    EXPECT_EQ(idleAfter(4), 4);
+    awaitIdleAfter(4, 4);
     CTimerManager::instance()->limitIdlePooled(-3);
-    EXPECT_EQ(idleAfter(6), 6);
+    awaitIdleAfter(6, 6);
 }
 
 TEST(TimerStress, FiveHundredCallbacksBlockedAtOnceHoldUpNoOther) {

@@ -35,11 +35,11 @@ public:
     /// Stands for the class of any bound object.
     class X {};
 
-    static constexpr unsigned int kEmpty = 0;
-    static constexpr unsigned int kMember = 1;
-    static constexpr unsigned int kPointer = 2;
-    static constexpr unsigned int kFirstReuse = 16;
-    static constexpr unsigned int kAnyReuse = 0xFFFFFFFFU;
+    static constexpr unsigned int kEmpty = 0;               ///< Nothing to call.
+    static constexpr unsigned int kMember = 1;              ///< Member function and object.
+    static constexpr unsigned int kPointer = 2;             ///< Free function.
+    static constexpr unsigned int kFirstReuse = 16;         ///< The least reuse marker.
+    static constexpr unsigned int kAnyReuse = 0xFFFFFFFFU;  ///< Matches every reuse marker.
 
     /// An empty delegate.
     TDelegate() noexcept = default;
@@ -155,6 +155,7 @@ private:
 /// nothing clears it: it stands until the next reuse call.
 FUNDO_API unsigned int getCurrentFunctionReuse();
 
+/// @cond
 // The public templates differ in name and arity alone.
 #define FUNDO_DEFINE_DELEGATE(name, parameters, arguments)                                 \
     template <typename R, FUNDO_DELEGATE_UNPACK parameters>                                \
@@ -168,6 +169,7 @@ FUNDO_API unsigned int getCurrentFunctionReuse();
     static_assert(true, "takes the semicolon")
 #define FUNDO_DELEGATE_UNPACK(...) __VA_ARGS__
 
+/// @endcond
 /// A delegate of one argument.
 FUNDO_DEFINE_DELEGATE(TFunction1, (typename A1), (A1));
 /// A delegate of two arguments.

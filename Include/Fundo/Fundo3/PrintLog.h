@@ -140,9 +140,15 @@ FUNDO_API int detachPrint(TFunction1<bool, const char*> proc);
         }                                                                                                  \
     } while (false)
 
+/// FUNDO_LOG() at level 1.
 #define FUNDO_LOG_FATAL(libName, ...) FUNDO_LOG(1, libName, __VA_ARGS__)
+/// FUNDO_LOG() at level 2.
 #define FUNDO_LOG_ERROR(libName, ...) FUNDO_LOG(2, libName, __VA_ARGS__)
+/// FUNDO_LOG() at level 3.
 #define FUNDO_LOG_WARN(libName, ...) FUNDO_LOG(3, libName, __VA_ARGS__)
+/// FUNDO_LOG() at level 4.
 #define FUNDO_LOG_INFO(libName, ...) FUNDO_LOG(4, libName, __VA_ARGS__)
+/// FUNDO_LOG() at level 5.
 #define FUNDO_LOG_TRACE(libName, ...) FUNDO_LOG(5, libName, __VA_ARGS__)
+/// FUNDO_LOG() at level 6.
 #define FUNDO_LOG_DEBUG(libName, ...) FUNDO_LOG(6, libName, __VA_ARGS__)

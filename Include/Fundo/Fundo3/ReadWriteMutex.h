@@ -10,6 +10,7 @@ class RWMutexInternal;
 /// Failures while it is built or torn down end the process by assertion.
 class FUNDO_API CReadWriteMutex {
 public:
+    /// Who goes first when readers and a writer wait.
     enum RWPriority : int {
         priorityDefault = 0,  ///< as the platform grants it
         priorityWrite = 1     ///< not to be had here: asking for it is logged and ends the process

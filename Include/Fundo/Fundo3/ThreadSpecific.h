@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "Fundo/Fundo3/Export.h"
 
 namespace Tovra::Fundo {
@@ -25,8 +27,7 @@ public:
     bool getValue(void** value);
 
 private:
-    struct ThreadSpecificInternal;
-    ThreadSpecificInternal* m_internal;
+    uintptr_t m_key;  // the platform's key + 1, in one word with whether there is one
 };
 
 }  // namespace Tovra::Fundo

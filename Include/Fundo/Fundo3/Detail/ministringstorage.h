@@ -37,7 +37,6 @@ public:
     E* end() const { return begin() + size(); }
     size_t size() const { return m_data != nullptr ? m_data->size : 0; }
     size_t capacity() const { return m_data != nullptr ? m_data->capacity : 0; }
-    size_t max_size() const { return static_cast<size_t>(-1) / sizeof(E) / 2; }
     const E* c_str() const {
         if (m_data != nullptr) *end() = E();
         return begin();

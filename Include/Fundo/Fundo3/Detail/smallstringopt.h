@@ -77,7 +77,6 @@ public:
         return Small() ? static_cast<size_t>(maxSmallString - buf_[maxSmallString]) : storage().size();
     }
     size_t capacity() const { return Small() ? static_cast<size_t>(maxSmallString) : storage().capacity(); }
-    size_t max_size() const { return static_cast<size_t>(-1) / 2; }
     const E* c_str() const {
         if (!Small()) return storage().c_str();
         buf_[maxSmallString - buf_[maxSmallString]] = E();
