@@ -104,6 +104,23 @@ void toFile(benchmark::State& state) {
 }
 BENCHMARK(toFile)->Name("Fundo/LogFile/line")->Threads(1)->Threads(2)->Threads(4)->UseRealTime();
 
+// The same line while the file rolls at 1 MiB with ten archives kept.
+void toRollingFile(benchmark::State& state) {
+    setColorless();
+    const SilentOutput silent;
+    const std::string folder = scratch("rolling");
+    std::filesystem::create_directory(folder);
+    command({"-logpath", folder + "/fundo.log"});
+    command({"-logsavesetting", "bysize", "1024", "10"});
+    for (auto _ : state)
+        FUNDO_LOG_ERROR("bench", "value %d of %s\n", 42, "something");
+    command({"-logpath", ""});
+    command({"-logsavesetting", "none"});
+    logCleanup();
+    std::filesystem::remove_all(folder);
+}
+BENCHMARK(toRollingFile)->Name("Fundo/LogFile/rolling")->UseRealTime();
+
 void bareStdio(benchmark::State& state) {
     FILE* file = std::fopen(scratch("stdio.log").c_str(), "a+");
     for (auto _ : state) {

@@ -1,6 +1,6 @@
 // A small system monitor, and a first look at libFundo.
 //
-//   FundoMonitor [--seconds N] [--period MS]
+//   FundoMonitor [--seconds N] [--period MS] [--log FILE]
 //
 // Three timers sample this machine's /proc on pooled threads and put what they read in a queue. A worker
 // thread takes the samples out, computes rates and logs them. A fourth timer is the watchdog: it asks the
@@ -8,7 +8,10 @@
 //
 //   threads   the table of running threads      slow   start a worker that misses its deadline
 //   timers    the table of armed timers         quit   end; so do SIGINT and SIGTERM
-//   level N   the log level, 0 to 6
+//   level N   the log level, 0 to 6                 logfilter ...   any command of the print log
+//
+// With a log file, the log rolls at 64 KiB and keeps three archives, which are listed at the end with the
+// bytes logged by each library.
 
 #include <poll.h>
 #include <signal.h>
@@ -20,9 +23,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <iterator>
 #include <sstream>
 #include <string>
+#include <vector>
 
+#include "Fundo/Fundo3/FileFind.h"
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo/Fundo3/Semaphore.h"
@@ -166,6 +172,15 @@ private:
     CTimer m_slowTimer{"SlowWorker"};
 };
 
+// Hands words to the print log's command language.
+void steerLog(std::vector<std::string> words) {
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    setLogFilter(static_cast<int>(words.size()), arguments.data());
+}
+
 // Does what a line of the console asks for. @return false to quit
 bool obey(const std::string& line, Monitor& monitor) {
     std::istringstream words(line);
@@ -180,8 +195,10 @@ bool obey(const std::string& line, Monitor& monitor) {
         monitor.startSlowWorker();
     } else if (int level = 0; command == "level" && words >> level) {
         setPrintLogLevel(level);
+    } else if (command == "logfilter") {
+        steerLog({std::istream_iterator<std::string>(words), {}});
     } else if (!command.empty()) {
-        FUNDO_LOG_WARN(kName, "commands: threads, timers, slow, level N, quit\n");
+        FUNDO_LOG_WARN(kName, "commands: threads, timers, slow, level N, logfilter ..., quit\n");
     }
     return true;
 }
@@ -235,12 +252,33 @@ private:
     std::string m_input;
 };
 
-// The number behind an option on the command line, or a default.
-int option(int argc, char** argv, const char* name, int otherwise) {
+// The word behind an option on the command line, or a default.
+const char* option(int argc, char** argv, const char* name, const char* otherwise) {
     for (int i = 1; i + 1 < argc; ++i) {
-        if (std::strcmp(argv[i], name) == 0) return std::atoi(argv[i + 1]);
+        if (std::strcmp(argv[i], name) == 0) return argv[i + 1];
     }
     return otherwise;
+}
+
+void openLog(const std::string& path) {
+    steerLog({"-logpath", path});
+    steerLog({"-logsavesetting", "bysize", "64", "3"});
+    steerLog({"-logmodulestatistics", "on"});
+}
+
+// What the run has left behind: the live file, its archives, and who has logged how much.
+void showLog(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+    CFileFind file;
+    for (bool found = file.findFile((folder + "*").c_str()); found; found = file.findNextFile()) {
+        if ((folder + file.getFileName()).find(path) == std::string::npos) continue;
+        std::printf("%-48s %8lld bytes\n", file.getFilePath().c_str(), file.getLength());
+    }
+    for (const auto& [library, info] : getLogStatistics()) {
+        std::printf("%-48s %8llu bytes logged\n", library.c_str(),
+                    static_cast<unsigned long long>(info.logSize));
+    }
 }
 
 }  // namespace
@@ -254,8 +292,13 @@ int main(int argc, char** argv) {
 
     Console console;
     CThreadManager::instance()->registerMainThread();
-    const int period = option(argc, argv, "--period", 1000);
-    Monitor monitor(period > 0 ? static_cast<unsigned>(period) : 1000);
-    console.run(monitor, option(argc, argv, "--seconds", 0));
+    const std::string log = option(argc, argv, "--log", "");
+    if (!log.empty()) openLog(log);
+    const int period = std::atoi(option(argc, argv, "--period", "1000"));
+    {
+        Monitor monitor(period > 0 ? static_cast<unsigned>(period) : 1000);
+        console.run(monitor, std::atoi(option(argc, argv, "--seconds", "0")));
+    }
+    if (!log.empty()) showLog(log);
     return 0;
 }
