@@ -134,7 +134,7 @@ FUNDO_API int detachPrint(TFunction1<bool, const char*> proc);
 /// level, nothing behind it is evaluated and nothing is called.
 #define FUNDO_LOG(level, libName, ...)                                                                     \
     do {                                                                                                   \
-        if (__atomic_load_n(&Fundo_printLogLevel, __ATOMIC_RELAXED) >= (level)) {                          \
+        if (__atomic_load_n(&::Fundo_printLogLevel, __ATOMIC_RELAXED) >= (level)) {                        \
             ::Tovra::Fundo::logFilter((level), (libName), __FILE__, __func__, __LINE__, FUNDO_LOG_VERSION, \
                                       __VA_ARGS__);                                                        \
         }                                                                                                  \
