@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -88,9 +89,10 @@ void toConsole(benchmark::State& state) {
 BENCHMARK(toConsole)->Name("Fundo/Log/console");
 
 void toFile(benchmark::State& state) {
-    setColorless();
-    const SilentOutput silent;
+    std::unique_ptr<SilentOutput> silent;
     if (state.thread_index() == 0) {
+        setColorless();
+        silent = std::make_unique<SilentOutput>();
         command({"-logpath", scratch("fundo.log")});
         command({"-logsize", "1000000"});
     }

@@ -14,6 +14,10 @@
 #ifdef HAVE_LIBUV
 #include <uv.h>
 #endif
+#ifdef HAVE_BOOST
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
+#endif
 
 using namespace Tovra::Fundo;
 
@@ -59,6 +63,29 @@ void peerArmAndCancel(benchmark::State& state) {
     uv_loop_close(&loop);
 }
 BENCHMARK(peerArmAndCancel)->Name("Libuv/Timer/arm_cancel");
+#endif
+
+#ifdef HAVE_BOOST
+// Timers that any thread may arm, as ours; those of libuv belong to the thread of their loop and take no
+// lock.
+void asioArmAndCancel(benchmark::State& state) {
+    boost::asio::io_context context;
+    std::vector<boost::asio::steady_timer> timers;
+    for (int i = 0; i <= kArmed; ++i)
+        timers.emplace_back(context);
+    const auto arm = [](boost::asio::steady_timer& timer, unsigned milliseconds) {
+        timer.expires_after(std::chrono::milliseconds(milliseconds));
+        timer.async_wait([](const boost::system::error_code&) {});
+    };
+    for (unsigned i = 0; i < kArmed; ++i)
+        arm(timers[i], kFar + i);
+    for (auto _ : state) {
+        arm(timers[kArmed], kFar + kArmed / 2);
+        timers[kArmed].cancel();
+        context.poll();
+    }
+}
+BENCHMARK(asioArmAndCancel)->Name("Asio/Timer/arm_cancel");
 #endif
 
 // How late a thousand one-shot timers over two seconds are called; the time of the case itself means nothing.

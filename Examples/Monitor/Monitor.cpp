@@ -97,7 +97,8 @@ public:
         m_memoryTimer.stopAndWait();
         m_cpuTimer.stopAndWait();
         m_queue.put({Sample::kEnd, {}, {}, {}});
-        m_worker.destroyThread();
+        while (!m_worker.isThreadOver())
+            CThread::sleep(1);
     }
 
     // A callback of 4 s under a deadline of 0.5 s, so that the watchdog has something to tell.

@@ -15,26 +15,12 @@ uintptr_t makeKey() {
     return pthread_key_create(&key, nullptr) == 0 ? uintptr_t{key} + 1 : 0;
 }
 
-pthread_key_t platform(uintptr_t key) { return static_cast<pthread_key_t>(key - 1); }
-
 }  // namespace
 
 CThreadSpecific::CThreadSpecific() : m_key(makeKey()) {}
 
 CThreadSpecific::~CThreadSpecific() {
-    if (valid()) pthread_key_delete(platform(m_key));
-}
-
-bool CThreadSpecific::valid() { return m_key != 0; }
-
-bool CThreadSpecific::setValue(const void* value) {
-    return m_key != 0 && pthread_setspecific(platform(m_key), value) == 0;
-}
-
-bool CThreadSpecific::getValue(void** value) {
-    if (m_key == 0) return false;
-    *value = pthread_getspecific(platform(m_key));
-    return true;
+    if (valid()) pthread_key_delete(platformKey());
 }
 
 }  // namespace Tovra::Fundo
