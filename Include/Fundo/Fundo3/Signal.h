@@ -61,7 +61,7 @@ public:
         Locked locked(mutex);
         bool found = false;
         for (int i = 0; i < maxSlots; ++i) {
-            Slot& slot = slots[i];
+            Slot& slot = at(i);
             if (!slot.holds(proc)) continue;
             // Contract: only the latest emitter is known; a self-detach after another thread's emission waits for ever.
             if (wait && emitThreadId != CThread::getCurrentThreadID()) waitForCalls(slot, locked);
@@ -80,7 +80,7 @@ public:
         if (proc.empty()) return false;
         const Locked locked(mutex);
         for (int i = 0; i < maxSlots; ++i) {
-            if (slots[i].holds(proc)) return true;
+            if (at(i).holds(proc)) return true;
         }
         return false;
     }
@@ -90,14 +90,14 @@ public:
         Locked locked(mutex);
         emitThreadId = CThread::getCurrentThreadID();
         for (int i = 0; i < maxSlots; ++i) {
-            if (slots[i].state != kAttached) continue;
-            const Proc function = slots[i].function;
-            ++slots[i].running;
+            if (at(i).state != kAttached) continue;
+            const Proc function = at(i).function;
+            ++at(i).running;
             locked.leave();
             function(a1, a2, a3, a4, a5);
             locked.enter();
-            slots[i].cost = 0;
-            --slots[i].running;
+            at(i).cost = 0;
+            --at(i).running;
         }
     }
 
@@ -137,20 +137,22 @@ private:
         bool m_held = false;
     };
 
+    Slot& at(int place) { return slots.get()[place]; }
+
     // A free slot at the position, the others moved whole; null if there is none.
     Slot* makeRoom(SlotPosition position) {
         if (position != any && position != back && position != front) return nullptr;
         const int step = position == back ? -1 : 1;
         const int start = position == back ? maxSlots - 1 : 0;
         int free = start;
-        while (free >= 0 && free < maxSlots && !slots[free].isFree())
+        while (free >= 0 && free < maxSlots && !at(free).isFree())
             free += step;
         if (free < 0 || free >= maxSlots) return nullptr;
-        if (position == any) return &slots[free];
+        if (position == any) return &at(free);
         // Contract: an emission under way keeps its place in the table, so it may skip or repeat a moved procedure.
         for (; free != start; free -= step)
-            slots[free] = slots[free - step];
-        return &slots[start];
+            at(free) = at(free - step);
+        return &at(start);
     }
 
     static void waitForCalls(const Slot& slot, Locked& locked) {

@@ -18,6 +18,12 @@ FUNDO_API int clock_gettime(int clockId, timespec* ts);
 /// A date and time of day, and the clocks.
 class FUNDO_API CTime : public SystemTime {
 public:
+    /// All fields 0, daylight saving unknown.
+    CTime();
+
+    /// The local date and time. Any thread.
+    static CTime getCurrentTime();
+
     /// Milliseconds since boot; never goes back, and does not jump when the time of day is set. Any thread.
     /// @return 0, logged, if the system has no such clock
     static uint64_t getCurrentMilliSecond();
