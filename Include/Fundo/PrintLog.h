@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fundo/Fundo3/Detail/LogGate.h"
 #include "Fundo/Fundo3/Export.h"
 
 // The print log's plain entries in the global namespace, line for line those of Fundo/Fundo3/PrintLog.h.
@@ -21,8 +22,11 @@ FUNDO_API int logDebug(const char* fmt, ...) __attribute__((format(printf, 1, 2)
 FUNDO_API int logLibName(int level, const char* libName, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
 
+FUNDO_INLINE_GATES;
+
 /// Tovra::Fundo::dumpHex().
 FUNDO_API void DumpHex(unsigned char* data, unsigned long length);
 
-/// Writes "[name] " with at most max bytes of the name and no terminator. @return bytes written
+/// Writes "[name] " with at most max bytes of the name and no terminator: out holds max + 3 bytes. A null
+/// name counts as "". @return bytes written
 FUNDO_API unsigned addLibName(const char* name, char* out, unsigned max);

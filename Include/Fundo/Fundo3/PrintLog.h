@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 
+#include "Fundo/Fundo3/Detail/LogGate.h"
 #include "Fundo/Fundo3/Export.h"
 #include "Fundo/Fundo3/Function.h"
 #include "MiniFundo/PrintLog.h"
@@ -16,7 +17,8 @@
 namespace Tovra::Fundo {
 
 /// Logs at level 1 under the name "libFundo". A line is cut at 8192 bytes. A text without a newline at its
-/// end leaves the line open: the next call continues it without a prefix.
+/// end leaves the line open: the next call continues it without a prefix. A text that cannot be formatted
+/// shows as its format. errno is left as it was.
 /// @return bytes composed; 0 if the level gate refused
 FUNDO_API int logFatal(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 /// logFatal() at level 2.
@@ -33,6 +35,8 @@ FUNDO_API int logDebug(const char* fmt, ...) __attribute__((format(printf, 1, 2)
 /// Logs at any level from 1 to 6 under a name of the caller's. Another level gives 0.
 FUNDO_API int logLibName(int level, const char* libName, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
+
+FUNDO_INLINE_GATES;
 
 /// Logs with source place and version, if level gate and module switches let it pass; applications use the
 /// macros below.
@@ -132,12 +136,13 @@ FUNDO_API int detachPrint(TFunction1<bool, const char*> proc);
 
 /// Logs with the caller's source place through logFilter(). One statement; while the level gate refuses the
 /// level, nothing behind it is evaluated and nothing is called.
-#define FUNDO_LOG(level, libName, ...)                                                                     \
-    do {                                                                                                   \
-        if (__atomic_load_n(&::Fundo_printLogLevel, __ATOMIC_RELAXED) >= (level)) {                        \
-            ::Tovra::Fundo::logFilter((level), (libName), __FILE__, __func__, __LINE__, FUNDO_LOG_VERSION, \
-                                      __VA_ARGS__);                                                        \
-        }                                                                                                  \
+#define FUNDO_LOG(level, libName, ...)                                                         \
+    do {                                                                                       \
+        const int fundoLogLevel_ = (level);                                                    \
+        if (__atomic_load_n(&Fundo_printLogLevel, __ATOMIC_RELAXED) >= fundoLogLevel_) {       \
+            ::Tovra::Fundo::logFilter(fundoLogLevel_, (libName), __FILE__, __func__, __LINE__, \
+                                      FUNDO_LOG_VERSION, __VA_ARGS__);                         \
+        }                                                                                      \
     } while (false)
 
 /// FUNDO_LOG() at level 1.

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "Fundo3/Log/Options.h"
+#include "Fundo3/Log/TextAppender.h"
 #include "Fundo3/Report.h"
 #include "MiniFundo/PrintLog.h"
 
@@ -24,7 +25,12 @@ int colorOf(int level) {
 
 int Fundo_print(int, const char* text) { return std::fputs(text, stdout); }
 
-void Fundo_set_console_color(int code) { std::printf("\033[%d;40m", code); }
+void Fundo_set_console_color(int code) {
+    char text[24];
+    Tovra::Fundo::Detail::TextAppender escape(text, sizeof text);
+    escape.literal("\033[").number(code).literal(";40m").finish();
+    std::fputs(text, stdout);
+}
 
 void Fundo_reset_console_color() { std::fputs("\033[0m", stdout); }
 

@@ -28,10 +28,10 @@ void dumpRow(const unsigned char* row, int count) {
 }  // namespace
 
 void dumpHex(unsigned char* data, unsigned long length) {
+    if (data == nullptr || !Detail::isLevelOpen(Detail::kTrace)) return;
     // Contract: the length counts as a signed 32-bit number.
-    const int bytes = static_cast<int>(length);
-    for (int offset = 0; offset < bytes; offset += kColumns) {
-        const int rest = bytes - offset;
+    int rest = static_cast<int>(length);
+    for (int offset = 0; rest > 0; offset += kColumns, rest -= kColumns) {
         dumpRow(data + offset, rest < kColumns ? rest : kColumns);
         if (rest >= kColumns && (offset & kGroupMask) == kGroupMask) HEX_LOG("\n");
     }

@@ -1,3 +1,6 @@
+// The gates come first here, not in the header's way: what this file defines is what they call.
+#define FUNDO_NO_INLINE_GATE
+
 #include <cstdarg>
 
 #include "Fundo/Fundo3/PrintLog.h"
@@ -7,36 +10,36 @@
 
 // Where lines come in. The namespace and the global family differ in nothing but their place.
 
-using Tovra::Fundo::Detail::kDebug;
-using Tovra::Fundo::Detail::kFatal;
-using Tovra::Fundo::Detail::logList;
+namespace {
 
-// The gate stands here, outside the frame that owns the line's buffer.
-#define FUNDO_DEFINE_LEVEL(name, level)                               \
-    int name(const char* fmt, ...) {                                  \
-        if (!Tovra::Fundo::Detail::isLevelOpen(level)) return 0;      \
-        va_list arguments;                                            \
-        va_start(arguments, fmt);                                     \
-        const int total = logList(level, "libFundo", fmt, arguments); \
-        va_end(arguments);                                            \
-        return total;                                                 \
-    }
+using namespace Tovra::Fundo::Detail;
+
+LineLabel plainLabel(int level, const char* libName) { return {level, libName, "", "", -1, "", ""}; }
+
+}  // namespace
+
+// The gate stands outside the frame that owns the line's buffer.
+#define FUNDO_PRINT_BEHIND_GATE(level, libName)                              \
+    if (!isLevelOpen(level)) return 0;                                       \
+    va_list arguments;                                                       \
+    va_start(arguments, fmt);                                                \
+    const int total = printLine(plainLabel(level, libName), fmt, arguments); \
+    va_end(arguments);                                                       \
+    return total
+
+#define FUNDO_DEFINE_LEVEL(name, level) \
+    int name(const char* fmt, ...) { FUNDO_PRINT_BEHIND_GATE(level, "libFundo"); }
 
 #define FUNDO_DEFINE_FAMILY                                                \
-    FUNDO_DEFINE_LEVEL(logFatal, Tovra::Fundo::Detail::kFatal)             \
-    FUNDO_DEFINE_LEVEL(logError, Tovra::Fundo::Detail::kError)             \
-    FUNDO_DEFINE_LEVEL(logWarn, Tovra::Fundo::Detail::kWarn)               \
-    FUNDO_DEFINE_LEVEL(logInfo, Tovra::Fundo::Detail::kInfo)               \
-    FUNDO_DEFINE_LEVEL(logTrace, Tovra::Fundo::Detail::kTrace)             \
-    FUNDO_DEFINE_LEVEL(logDebug, Tovra::Fundo::Detail::kDebug)             \
+    FUNDO_DEFINE_LEVEL(logFatal, kFatal)                                   \
+    FUNDO_DEFINE_LEVEL(logError, kError)                                   \
+    FUNDO_DEFINE_LEVEL(logWarn, kWarn)                                     \
+    FUNDO_DEFINE_LEVEL(logInfo, kInfo)                                     \
+    FUNDO_DEFINE_LEVEL(logTrace, kTrace)                                   \
+    FUNDO_DEFINE_LEVEL(logDebug, kDebug)                                   \
     int logLibName(int level, const char* libName, const char* fmt, ...) { \
         if (level < kFatal || level > kDebug) return 0;                    \
-        if (!Tovra::Fundo::Detail::isLevelOpen(level)) return 0;           \
-        va_list arguments;                                                 \
-        va_start(arguments, fmt);                                          \
-        const int total = logList(level, libName, fmt, arguments);         \
-        va_end(arguments);                                                 \
-        return total;                                                      \
+        FUNDO_PRINT_BEHIND_GATE(level, libName);                           \
     }
 
 FUNDO_DEFINE_FAMILY
@@ -47,14 +50,14 @@ FUNDO_DEFINE_FAMILY
 
 int logFilter(int level, const char* libName, const char* file, const char* function, int line,
               const char* version, const char* fmt, ...) {
-    if (!Detail::isLevelOpen(level)) return 0;
+    if (!isLevelOpen(level)) return 0;
     va_list arguments;
     va_start(arguments, fmt);
-    const int total = Detail::filterList({level, libName, file, function, line, version, ""}, fmt, arguments);
+    const int total = filterList({level, libName, file, function, line, version, ""}, fmt, arguments);
     va_end(arguments);
     return total;
 }
 
-void logCleanup() { Detail::closeLogFile(); }
+void logCleanup() { closeLogFile(); }
 
 }  // namespace Tovra::Fundo

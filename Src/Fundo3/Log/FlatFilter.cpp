@@ -1,9 +1,8 @@
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
-#include "Fundo3/Report.h"
+#include "Fundo3/Log/Line.h"
 #include "MiniFundo/PrintLog.h"
 #include "Platform/ThreadId.h"
 
@@ -11,13 +10,22 @@
 
 namespace {
 
-constexpr int kBufferSize = 8192;
-constexpr int kRoom = kBufferSize - 1;
+using namespace Tovra::Fundo::Detail;
 
 const char* baseName(const char* file) {
     if (file == nullptr) return nullptr;
     const int offset = Fundo_reverseEqualOrder(const_cast<char*>(file));
     return offset > 0 ? file + offset : file;
+}
+
+// Owns the buffer, which the frame of the gate must not.
+__attribute__((noinline)) int putLine(const LineLabel& label, const char* format, va_list arguments) {
+    char buffer[kLineSize];
+    const int wanted = composeLine(buffer, label, nullptr, format, arguments);
+    if (wanted == -1) return 0;
+    std::fputs(buffer, stdout);
+    Fundo_resetcolor();
+    return wanted;
 }
 
 }  // namespace
@@ -30,22 +38,13 @@ int Fundo_reverseEqualOrder(char* path) {
 
 int Fundo_logFilter(int level, const char* libName, const char* file, const char* function, int line,
                     const char* version, const char* fmt, ...) {
-    if (!Tovra::Fundo::Detail::isLevelOpen(level)) return 0;
+    if (!isLevelOpen(level)) return 0;
     if (__atomic_load_n(&Fundo_openLog, __ATOMIC_RELAXED) == 0) return 0;
-    char buffer[kBufferSize];
-    buffer[0] = '\0';
-    const int prefix = Fundo_logOptionControl(buffer, kRoom, level, libName, baseName(file), function, line,
-                                              version, nullptr);
     va_list arguments;
     va_start(arguments, fmt);
-    const int wanted = std::vsnprintf(buffer + prefix, static_cast<size_t>(kRoom - prefix), fmt, arguments);
+    const int wanted = putLine({level, libName, baseName(file), function, line, version, ""}, fmt, arguments);
     va_end(arguments);
-    const int total = prefix + std::max(wanted, 0);
-    const bool ended = total > kRoom || (total > 0 && buffer[total - 1] == '\n');
-    __atomic_store_n(&Fundo_returned, ended ? 1 : 0, __ATOMIC_RELAXED);
-    std::fputs(buffer, stdout);
-    Fundo_resetcolor();
-    return total;
+    return wanted;
 }
 
 unsigned Fundo_getCurrentThreadID() {

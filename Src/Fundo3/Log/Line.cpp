@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 
@@ -9,6 +10,7 @@
 #include "Fundo3/Log/ModuleTable.h"
 #include "Fundo3/Log/Options.h"
 #include "Fundo3/Log/Printer.h"
+#include "Fundo3/Log/TextAppender.h"
 #include "MiniFundo/PrintLog.h"
 
 // A line lies in one buffer of 8192 bytes on the stack, the only storage it has. Only what can be seen of it
@@ -18,64 +20,63 @@ namespace Tovra::Fundo::Detail {
 
 namespace {
 
-constexpr int kBufferSize = 8192;
-constexpr int kRoom = kBufferSize - 1;
-
-// @return the length wanted, prefix and lead included
-int composeLine(char* buffer, const LineLabel& label, SystemTimeEx& time, const char* format,
-                va_list arguments) {
-    const int callersErrno = errno;
-    int length = Fundo_logOptionControl(buffer, kRoom, label.level, label.libName, label.file, label.function,
-                                        label.line, label.version, &time);
-    const size_t lead = std::min(std::strlen(label.lead), static_cast<size_t>(kRoom - 1 - length));
-    std::memcpy(buffer + length, label.lead, lead);
-    length += static_cast<int>(lead);
-    errno = callersErrno;  // for "%m"
-    const int wanted =
-        std::vsnprintf(buffer + length, static_cast<size_t>(kRoom - length), format, arguments);
-    return length + std::max(wanted, 0);
+void noteReturned(const char* line, int wanted) {
+    const bool cut = wanted >= kLineSize;
+    const bool ended = cut || (wanted > 0 && line[wanted - 1] == '\n');
+    __atomic_store_n(&Fundo_returned, ended ? 1 : 0, __ATOMIC_RELAXED);
 }
 
-void setReturned(bool ended) { __atomic_store_n(&Fundo_returned, ended ? 1 : 0, __ATOMIC_RELAXED); }
+// What a printer or procedure throws must not leave the colour open. A handler, not a destructor, since
+// standard output is where a cancelled thread unwinds from.
+void printAndResetColor(int level, const char* text) {
+    try {
+        print(level, text);
+    } catch (...) {
+        Fundo_resetcolor();
+        throw;
+    }
+    Fundo_resetcolor();
+}
 
 // The log file wants the date; the first seven fields lie alike in both records.
 SystemTime dateOf(const SystemTimeEx& time) {
     return {time.year, time.month, time.day, time.wday, time.hour, time.minute, time.second, time.isdst};
 }
 
-// What a printer or procedure throws must not leave the colour open.
-class ColorReset {
-public:
-    ColorReset() = default;
-    ~ColorReset() { Fundo_resetcolor(); }
-    ColorReset(const ColorReset&) = delete;
-    ColorReset& operator=(const ColorReset&) = delete;
-};
-
 }  // namespace
 
-int printLine(const LineLabel& label, const char* format, va_list arguments) {
-    char buffer[kBufferSize];
-    SystemTimeEx time;
-    int total = composeLine(buffer, label, time, format, arguments);
-    const bool cut = total >= kBufferSize;
-    setReturned(cut || (total > 0 && buffer[total - 1] == '\n'));
-    {
-        const ColorReset reset;
-        print(label.level, buffer);
-    }
-    if (cut) {
-        buffer[kBufferSize - 1] = '\0';
-        total = kBufferSize;
-    }
-    if (!isOptionSet(kNoLogFile)) writelog(buffer, total, dateOf(time));
-    countLogged(label.libName, total);
+int composeLine(char (&buffer)[kLineSize], const LineLabel& label, SystemTimeEx* time, const char* format,
+                va_list arguments) {
+    constexpr int kRoom = kLineSize - 1;
+    const int callersErrno = errno;
+    const int prefix = Fundo_logOptionControl(buffer, kRoom, label.level, label.libName, label.file,
+                                              label.function, label.line, label.version, time);
+    if (prefix == -1) return -1;
+    TextAppender lead(buffer + prefix, static_cast<size_t>(kRoom - prefix));
+    const int length = prefix + static_cast<int>(lead.text(label.lead).finish());
+    const auto left = static_cast<size_t>(kRoom - length);
+    errno = callersErrno;  // for "%m"
+    int wanted = std::vsnprintf(buffer + length, left, format, arguments);
+    // A text that cannot be formatted shows as its format rather than not at all.
+    if (wanted < 0) wanted = std::snprintf(buffer + length, left, "%s", format);
+    buffer[kLineSize - 1] = '\0';
+    const int total = length + std::min(wanted, INT_MAX - length);
+    noteReturned(buffer, total);
     return total;
 }
 
-int logList(int level, const char* libName, const char* format, va_list arguments) {
-    if (!isLevelOpen(level)) return 0;
-    return printLine({level, libName, "", "", -1, "", ""}, format, arguments);
+int printLine(const LineLabel& label, const char* format, va_list arguments) {
+    const int callersErrno = errno;
+    char buffer[kLineSize];
+    SystemTimeEx time;
+    const int wanted = composeLine(buffer, label, &time, format, arguments);
+    if (wanted == -1) return 0;
+    printAndResetColor(label.level, buffer);
+    const int total = std::min(wanted, kLineSize);
+    if (!isOptionSet(kNoLogFile)) writelog(buffer, total, dateOf(time));
+    countLogged(label.libName, total);
+    errno = callersErrno;
+    return total;
 }
 
 int filterList(const LineLabel& label, const char* format, va_list arguments) {

@@ -12,6 +12,7 @@
 #include "Fundo3/Immortal.h"
 #include "Fundo3/Log/LogArchive.h"
 #include "Fundo3/Log/LogFileSettings.h"
+#include "Fundo3/MutexGuard.h"
 
 // The last station of a line: the live file, which is emptied at its limit (the old way) or renamed to a
 // dated archive (rolling) by size, by day or both.
@@ -32,6 +33,18 @@ void tell(const char* what, int line) {
     const int error = errno;
     std::printf("[%s:%d]%s faild,errno:%d, errmesg:%s\n", kSource, line, what, error, std::strerror(error));
 }
+
+// Holds the file's mutex, and says so to what is called meanwhile.
+class Inside {
+public:
+    explicit Inside(CMutex& mutex) : m_guard(mutex) { t_inside = true; }
+    ~Inside() { t_inside = false; }
+    Inside(const Inside&) = delete;
+    Inside& operator=(const Inside&) = delete;
+
+private:
+    MutexGuard<CMutex> m_guard;
+};
 
 bool sameDay(const SystemTime& a, const SystemTime& b) {
     return a.year == b.year && a.month == b.month && a.day == b.day;
@@ -175,26 +188,19 @@ LogFile& logFile() {
 void writelog(const char* data, int size, const SystemTime& time) {
     // A file system hooked under the log folder may log: that line cannot go to the file it is in the way of.
     if (t_inside || !hasLogPath()) return;
-    LogFile& file = logFile();
-    file.mutex.enter();
-    t_inside = true;
-    file.write(data, size, time);
-    t_inside = false;
-    file.mutex.leave();
+    const Inside inside(logFile().mutex);
+    logFile().write(data, size, time);
 }
 
 void closeLogFile() {
     if (t_inside) return;
-    LogFile& file = logFile();
-    file.mutex.enter();
-    file.close();
-    file.mutex.leave();
+    const Inside inside(logFile().mutex);
+    logFile().close();
 }
 
 void waitForLogFile() {
     if (t_inside) return;
-    logFile().mutex.enter();
-    logFile().mutex.leave();
+    const Inside inside(logFile().mutex);
 }
 
 bool insideLogFile() { return t_inside; }

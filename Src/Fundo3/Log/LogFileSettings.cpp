@@ -7,6 +7,7 @@
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo3/Immortal.h"
 #include "Fundo3/Log/LogFile.h"
+#include "Fundo3/MutexGuard.h"
 
 namespace Tovra::Fundo::Detail {
 
@@ -48,12 +49,11 @@ bool namesFolder(const char* path) {
 // Without a path the search pattern stays as it was.
 void publish(const LogPath& path) {
     Published& state = published();
-    state.mutex.enter();
+    const MutexGuard<CMutex> guard(state.mutex);
     state.path.file = path.file;
     if (!path.file.empty()) state.path.search = path.search;
     s_hasPath.store(!path.file.empty(), std::memory_order_relaxed);
     s_version.fetch_add(1, std::memory_order_release);
-    state.mutex.leave();
 }
 
 }  // namespace
@@ -63,10 +63,9 @@ bool hasLogPath() { return s_hasPath.load(std::memory_order_relaxed); }
 void refreshLogPath(LogPath& known, unsigned& seen) {
     if (s_version.load(std::memory_order_acquire) == seen) return;
     Published& state = published();
-    state.mutex.enter();
+    const MutexGuard<CMutex> guard(state.mutex);
     known = state.path;
     seen = s_version.load(std::memory_order_relaxed);
-    state.mutex.leave();
 }
 
 void LogFileSettings::setPath(const char* path) {

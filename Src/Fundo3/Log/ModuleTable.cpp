@@ -8,6 +8,7 @@
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/Immortal.h"
+#include "Fundo3/MutexGuard.h"
 
 namespace Tovra::Fundo {
 
@@ -41,18 +42,15 @@ bool isModuleOpen(const char* libName) {
     if (open != kByModule || libName == nullptr) return true;
     if (!s_logmodulecheck.load(std::memory_order_acquire)) return true;
     Modules& known = modules();
-    known.tableMutex.enter();
+    const MutexGuard<CMutex> guard(known.tableMutex);
     const auto found = known.table.find(libName);
-    const bool passes = found == known.table.end() || found->second;
-    known.tableMutex.leave();
-    return passes;
+    return found == known.table.end() || found->second;
 }
 
 void setModule(const char* libName, bool on) {
     Modules& known = modules();
-    known.tableMutex.enter();
+    const MutexGuard<CMutex> guard(known.tableMutex);
     known.table.insert_or_assign(libName, on);
-    known.tableMutex.leave();
     s_logmodulecheck.store(true, std::memory_order_release);
     __atomic_store_n(&Fundo_openLog, kByModule, __ATOMIC_RELAXED);
 }
@@ -61,13 +59,12 @@ void countLogged(const char* libName, int size) {
     if (!s_logModuleStatistics.load(std::memory_order_relaxed)) return;
     if (libName == nullptr || libName[0] == '\0') return;
     Modules& known = modules();
-    known.statisticsMutex.enter();
+    const MutexGuard<CMutex> guard(known.statisticsMutex);
     auto entry = known.statistics.find(libName);
     if (entry == known.statistics.end()) entry = known.statistics.emplace(libName, LogModuleInfo{}).first;
     const auto bytes = static_cast<uint64_t>(size);
     uint64_t& sum = entry->second.logSize;
     sum = sum > UINT64_MAX - bytes ? UINT64_MAX : sum + bytes;
-    known.statisticsMutex.leave();
 }
 
 void setCounting(bool on) { s_logModuleStatistics.store(on, std::memory_order_relaxed); }
@@ -76,10 +73,8 @@ void setCounting(bool on) { s_logModuleStatistics.store(on, std::memory_order_re
 
 std::map<std::string, LogModuleInfo> getLogStatistics() {
     Modules& known = modules();
-    known.statisticsMutex.enter();
-    std::map<std::string, LogModuleInfo> copy(known.statistics.begin(), known.statistics.end());
-    known.statisticsMutex.leave();
-    return copy;
+    const Detail::MutexGuard<CMutex> guard(known.statisticsMutex);
+    return {known.statistics.begin(), known.statistics.end()};
 }
 
 }  // namespace Tovra::Fundo

@@ -8,6 +8,7 @@
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/Immortal.h"
 #include "Fundo3/Log/LogFile.h"
+#include "Fundo3/MutexGuard.h"
 
 // The replaceable printer and the attached procedures. Both are copied under the lock and called without it,
 // so they may attach, detach, set a printer and log themselves. A process without them pays two loads a line.
@@ -33,27 +34,20 @@ Receivers& receivers() {
     return *s_receivers;
 }
 
-class Locked {
-public:
-    Locked() : m_receivers(receivers()) { m_receivers.s_fundoProcPrintMutex.enter(); }
-    ~Locked() { m_receivers.s_fundoProcPrintMutex.leave(); }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
-
-    Receivers* operator->() { return &m_receivers; }
-
-private:
-    Receivers& m_receivers;
-};
+using Locked = Detail::MutexGuard<CMutex>;
 
 Printer currentPrinter() {
     if (!s_hasPrinter.load(std::memory_order_relaxed)) return {};
-    return Locked()->s_print;
+    Receivers& known = receivers();
+    const Locked locked(known.s_fundoProcPrintMutex);
+    return known.s_print;
 }
 
 std::vector<Proc> currentProcs() {
     if (!s_hasProcs.load(std::memory_order_relaxed)) return {};
-    return Locked()->s_PrintProcList;
+    Receivers& known = receivers();
+    const Locked locked(known.s_fundoProcPrintMutex);
+    return known.s_PrintProcList;
 }
 
 }  // namespace
@@ -70,14 +64,17 @@ void Detail::print(int level, const char* text) {
 }
 
 void setLogPrinter(TFunction1<void, const char*> printer) {
-    Locked()->s_print = printer;
+    Receivers& known = receivers();
+    const Locked locked(known.s_fundoProcPrintMutex);
+    known.s_print = printer;
     s_hasPrinter.store(!printer.empty(), std::memory_order_relaxed);
 }
 
 int attachPrint(TFunction1<bool, const char*> proc) {
     {
-        Locked locked;
-        auto& procs = locked->s_PrintProcList;
+        Receivers& known = receivers();
+        const Locked locked(known.s_fundoProcPrintMutex);
+        auto& procs = known.s_PrintProcList;
         if (std::find(procs.begin(), procs.end(), proc) != procs.end()) return 0;
         procs.push_back(proc);
         s_hasProcs.store(true, std::memory_order_relaxed);
@@ -88,8 +85,9 @@ int attachPrint(TFunction1<bool, const char*> proc) {
 }
 
 int detachPrint(TFunction1<bool, const char*> proc) {
-    Locked locked;
-    auto& procs = locked->s_PrintProcList;
+    Receivers& known = receivers();
+    const Locked locked(known.s_fundoProcPrintMutex);
+    auto& procs = known.s_PrintProcList;
     const auto found = std::find(procs.begin(), procs.end(), proc);
     if (found == procs.end()) return 0;
     procs.erase(found);
