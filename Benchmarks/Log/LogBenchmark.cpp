@@ -14,6 +14,7 @@
 #include "Fundo/Fundo3/PrintLog.h"
 
 #ifdef HAVE_SPDLOG
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
@@ -164,10 +165,19 @@ void peerRefusedFunction(benchmark::State& state) {
 }
 BENCHMARK(peerRefusedFunction)->Name("Spdlog/Log/refused_function");
 
+// The peer's own sink for standard output flushes every line, which ours leaves to the stream's mode.
+class BufferedStdoutSink : public spdlog::sinks::base_sink<std::mutex> {
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        spdlog::memory_buf_t text;
+        formatter_->format(message, text);
+        std::fwrite(text.data(), 1, text.size(), stdout);
+    }
+    void flush_() override { std::fflush(stdout); }
+};
+
 void peerConsole(benchmark::State& state) {
     const SilentOutput silent;
-    auto sink = std::make_shared<spdlog::sinks::stdout_sink_mt>();
-    spdlog::logger logger("bench", sink);
+    spdlog::logger logger("bench", std::make_shared<BufferedStdoutSink>());
     logger.set_pattern(kPattern);
     for (auto _ : state)
         PEER_ERROR((&logger), "value {} of {}", 42, "something");
