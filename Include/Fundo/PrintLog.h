@@ -22,7 +22,9 @@ FUNDO_API int logDebug(const char* fmt, ...) __attribute__((format(printf, 1, 2)
 FUNDO_API int logLibName(int level, const char* libName, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
 
+/// @cond
 FUNDO_INLINE_GATES;
+/// @endcond
 
 /// Tovra::Fundo::dumpHex().
 FUNDO_API void DumpHex(unsigned char* data, unsigned long length);

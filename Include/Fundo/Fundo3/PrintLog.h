@@ -36,7 +36,9 @@ FUNDO_API int logDebug(const char* fmt, ...) __attribute__((format(printf, 1, 2)
 FUNDO_API int logLibName(int level, const char* libName, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
 
+/// @cond
 FUNDO_INLINE_GATES;
+/// @endcond
 
 /// Logs with source place and version, if level gate and module switches let it pass; applications use the
 /// macros below.
