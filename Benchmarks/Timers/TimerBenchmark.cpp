@@ -42,9 +42,19 @@ void armAndCancel(benchmark::State& state) {
     }
 }
 BENCHMARK(armAndCancel)->Name("Fundo/Timer/arm_cancel");
+BENCHMARK(armAndCancel)->Name("Fundo/Timer/arm_cancel_beside_unlocked");
 
 #ifdef HAVE_LIBUV
-void peerArmAndCancel(benchmark::State& state) {
+struct NoMutex {
+    void lock() {}
+    void unlock() {}
+};
+
+// Its timers belong to the thread of their loop and take no lock. To be armed by any thread, as ours are,
+// they need a mutex around each call.
+template <class Mutex>
+void libuvArmAndCancel(benchmark::State& state) {
+    Mutex mutex;
     uv_loop_t loop;
     uv_loop_init(&loop);
     uv_timer_t timers[kArmed + 1];
@@ -54,7 +64,11 @@ void peerArmAndCancel(benchmark::State& state) {
     for (int i = 0; i < kArmed; ++i)
         uv_timer_start(&timers[i], ignore, kFar + static_cast<unsigned>(i), 0);
     for (auto _ : state) {
-        uv_timer_start(&timers[kArmed], ignore, kFar + kArmed / 2, 0);
+        {
+            const std::lock_guard<Mutex> lock(mutex);
+            uv_timer_start(&timers[kArmed], ignore, kFar + kArmed / 2, 0);
+        }
+        const std::lock_guard<Mutex> lock(mutex);
         uv_timer_stop(&timers[kArmed]);
     }
     for (uv_timer_t& timer : timers)
@@ -62,12 +76,12 @@ void peerArmAndCancel(benchmark::State& state) {
     uv_run(&loop, UV_RUN_DEFAULT);
     uv_loop_close(&loop);
 }
-BENCHMARK(peerArmAndCancel)->Name("Libuv/Timer/arm_cancel");
+BENCHMARK_TEMPLATE(libuvArmAndCancel, std::mutex)->Name("Libuv/Timer/arm_cancel");
+BENCHMARK_TEMPLATE(libuvArmAndCancel, NoMutex)->Name("Libuv/Timer/arm_cancel_beside_unlocked");
 #endif
 
 #ifdef HAVE_BOOST
-// Timers that any thread may arm, as ours; those of libuv belong to the thread of their loop and take no
-// lock.
+// Timers that any thread may arm, as ours.
 void asioArmAndCancel(benchmark::State& state) {
     boost::asio::io_context context;
     std::vector<boost::asio::steady_timer> timers;

@@ -10,10 +10,6 @@ namespace Tovra::Fundo::Platform {
 // never steps when the time of day is set. @return 0, or the system's error number with ts untouched
 int readSystemClock(timespec* ts);
 
-// The same clock for those who only count on it.
-uint64_t monotonicMilliSecond();
-uint64_t monotonicMicroSecond();
-
 // A high-resolution clock for elapsed times, in nanoseconds from an arbitrary start.
 uint64_t elapsedNanoSecond();
 

@@ -15,7 +15,7 @@
 
 #include "Fundo/Fundo3/ThreadLite.h"
 #include "Fundo/Fundo3/ThreadManager.h"
-#include "Platform/Clock.h"
+#include "Fundo/Fundo3/Time.h"
 #include "Support/Await.h"
 #include "Support/Output.h"
 
@@ -220,7 +220,7 @@ TEST(Thread, SleepsInFullThroughSignals) {
 
 TEST(Thread, ADeadlineIsMissedAMillisecondLater) {
     Idle thread("Deadline");
-    const uint64_t now = Platform::monotonicMilliSecond();
+    const uint64_t now = CTime::getCurrentMilliSecond();
     EXPECT_FALSE(thread.isTimeout());
     thread.setTimeout(100000);
     EXPECT_FALSE(thread.isTimeout());
@@ -267,11 +267,16 @@ TEST(ThreadManager, DumpsTheNewestFirstWithTheirStates) {
     }
     manager.registerMainThread();
     EXPECT_FALSE(manager.hasThread(CThread::getCurrentThreadID()));
+    CString name = "untouched";
+    EXPECT_FALSE(manager.getThreadNameByID(CThread::getCurrentThreadID(), name));
+    EXPECT_STREQ(name.c_str(), "untouched");
     Idle a("A");
     Idle b("ANameLongerThanTwentyFour");
     start(a);
     start(b);
     b.setTimeout(-1);
+    EXPECT_TRUE(manager.getThreadNameByID(b.getThreadID(), name));
+    EXPECT_STREQ(name.c_str(), "ANameLongerThanTwentyFour");
     Output output(4);
     manager.dumpThreads();
     const std::string text = output.take();

@@ -15,9 +15,9 @@
 
 #include "Fundo/Fundo3/Thread.h"
 #include "Fundo/Fundo3/ThreadManager.h"
+#include "Fundo/Fundo3/Time.h"
 #include "Fundo/Fundo3/TimerManager.h"
 #include "Fundo3/Timer/TimerManagerInternal.h"
-#include "Platform/Clock.h"
 #include "Support/Await.h"
 #include "Support/Output.h"
 
@@ -68,9 +68,7 @@ public:
 TEST(Timer, FiresOnceNotBeforeItsTimeAndPassesTheParameter) {
     static std::atomic<uint64_t> s_called{0};
     CTimer timer("Once");
-    const auto fire = [](unsigned long parameter) {
-        s_called = Platform::monotonicMilliSecond() + parameter;
-    };
+    const auto fire = [](unsigned long parameter) { s_called = CTime::getCurrentMilliSecond() + parameter; };
     uint64_t tick = 0;
     {
         const Stall stall;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "Fundo/Fundo3/Export.h"
+#include "Fundo/Fundo3/String.h"
 
 namespace Tovra::Fundo {
 
@@ -24,6 +25,9 @@ public:
     void registerMainThread();
     /// Logs the table at level 4: name, id, priority, and "Timeout" for a passed deadline or "Normal".
     void dumpThreads();
+    /// Copies the name of the thread of an id, safe against the thread's end.
+    /// @return false if there is no such thread; name is left alone then
+    bool getThreadNameByID(int id, CString& name);
     /// Replaces names by the threads whose deadline has passed, each as "name(id)" with at most six
     /// characters of
     /// "(id)", without separators. @return whether there are any

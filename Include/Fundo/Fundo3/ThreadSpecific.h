@@ -1,12 +1,16 @@
 #pragma once
 
-#include <pthread.h>
-
-#include <cstdint>
-
 #include "Fundo/Fundo3/Export.h"
 
 namespace Tovra::Fundo {
+
+namespace Detail {
+
+/// The platform's own calls, reached without a step in between.
+extern FUNDO_API void* (*const readThreadSlot)(unsigned int key);
+extern FUNDO_API int (*const writeThreadSlot)(unsigned int key, const void* value);
+
+}  // namespace Detail
 
 /// One pointer-sized value for each thread. Values are not cleaned up when a thread ends: they are numbers,
 /// or pointers owned elsewhere. Any thread may call any operation.
@@ -19,24 +23,23 @@ public:
     CThreadSpecific& operator=(const CThreadSpecific&) = delete;
 
     /// Whether the key exists.
-    bool valid() { return m_key != 0; }
+    bool valid() { return m_slot != 0; }
 
     /// Stores the calling thread's value. @return false if there is no key or the platform refused
-    bool setValue(const void* value) { return valid() && pthread_setspecific(platformKey(), value) == 0; }
+    bool setValue(const void* value) {
+        return m_slot != 0 && Detail::writeThreadSlot(m_slot - 1, value) == 0;
+    }
 
     /// Reads the calling thread's value, null if it never set one.
     /// @return false if there is no key; the output is untouched then
     bool getValue(void** value) {
-        if (!valid()) return false;
-        *value = pthread_getspecific(platformKey());
+        if (m_slot == 0) return false;
+        *value = Detail::readThreadSlot(m_slot - 1);
         return true;
     }
 
 private:
-    // Inline, as its users pay for a call less: a slot is read for every last error and reuse delegate.
-    pthread_key_t platformKey() const { return static_cast<pthread_key_t>(m_key - 1); }
-
-    uintptr_t m_key;  // the platform's key + 1, in one word with whether there is one
+    unsigned int m_slot;  // the platform's key + 1; 0 without one
 };
 
 }  // namespace Tovra::Fundo

@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Fundo/Fundo3/Time.h"
 #include "Fundo3/Immortal.h"
 #include "Fundo3/Report.h"
-#include "Platform/Clock.h"
 #include "Platform/WaitQueue.h"
 
 namespace Tovra::Fundo {
@@ -39,12 +39,12 @@ void CThread::sleep(int ms) {
                             queue.descriptor());
         return;
     }
-    const uint64_t start = Platform::monotonicMilliSecond();
+    const uint64_t start = CTime::getCurrentMilliSecond();
     int remaining = ms;
     for (int result = queue.wait(remaining); result != 0; result = queue.wait(remaining)) {
         if (result > 0) continue;
         const int error = errno;
-        const auto elapsed = static_cast<long long>(Platform::monotonicMilliSecond() - start);
+        const auto elapsed = static_cast<long long>(CTime::getCurrentMilliSecond() - start);
         if (error != EINTR) {
             FUNDO_REPORT_STATIC(
                 Detail::kWarn,

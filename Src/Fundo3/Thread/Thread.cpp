@@ -3,11 +3,11 @@
 
 #include "Fundo/Fundo3/Thread.h"
 
+#include "Fundo/Fundo3/Time.h"
 #include "Fundo3/Report.h"
 #include "Fundo3/Thread/ThreadInternal.h"
 #include "Fundo3/Thread/ThreadManagerInternal.h"
 #include "Fundo3/Thread/ThreadStart.h"
-#include "Platform/Clock.h"
 #include "Platform/ThreadId.h"
 
 namespace Tovra::Fundo {
@@ -31,7 +31,7 @@ CThread::~CThread() {
     m_internal->m_mutex.leave();
     if (loop) destroyThread();
 
-    for (unsigned long long times = 1; m_internal->m_running.load(std::memory_order_acquire) != 0; ++times) {
+    for (unsigned long long times = 1; m_internal->m_running != 0; ++times) {
         sleep(1);
         if (times % 100 != 0) continue;
         FUNDO_REPORT_THIS(Detail::kDebug, "CThread::~CThread %s wait for thread over, times : %llu\n",
@@ -44,7 +44,7 @@ bool CThread::createThread() {
     ThreadInternal& record = *m_internal;
     record.m_mutex.enter();
     // A former body may still be on its way out.
-    while (!record.m_loop && record.m_running.load(std::memory_order_acquire) != 0) {
+    while (!record.m_loop && record.m_running != 0) {
         record.m_mutex.leave();
         sleep(1);
         record.m_mutex.enter();
@@ -93,7 +93,7 @@ bool CThread::destroyThread() {
         return true;
     }
     // A concurrent createThread() ends the wait: it has seen the body off itself.
-    while (record.m_destroyed && record.m_running.load(std::memory_order_acquire) != 0) {
+    while (record.m_destroyed && record.m_running != 0) {
         if (record.m_exitSem.pend(50) == 0) break;
     }
     return true;
@@ -101,7 +101,8 @@ bool CThread::destroyThread() {
 
 bool CThread::cancelThread() {
     m_internal->m_mutex.enter();
-    const bool looped = m_internal->m_loop.exchange(false);
+    const bool looped = m_internal->m_loop;
+    m_internal->m_loop = false;
     m_internal->m_mutex.leave();
     if (looped) {
         m_internal->m_waitExit = false;
@@ -115,14 +116,14 @@ bool CThread::cancelThread() {
 bool CThread::terminateThread() {
     destroyThread();
     // To join a detached thread, or one that never was, is undefined.
-    return m_internal->m_joinable.exchange(false) && ::pthread_join(m_internal->m_id, nullptr) == 0;
+    if (!m_internal->m_joinable) return false;
+    m_internal->m_joinable = false;
+    return ::pthread_join(m_internal->m_id, nullptr) == 0;
 }
 
-bool CThread::isThreadOver() {
-    return m_internal->m_running.load(std::memory_order_acquire) == 0 && !m_internal->m_loop;
-}
+bool CThread::isThreadOver() { return m_internal->m_running == 0 && !m_internal->m_loop; }
 
-bool CThread::looping() const { return m_internal->m_loop.load(std::memory_order_relaxed); }
+bool CThread::looping() const { return m_internal->m_loop; }
 
 int CThread::getThreadID() { return m_internal->m_tid; }
 
@@ -134,13 +135,13 @@ void CThread::enableStackSize() { m_internal->m_stackEnabled = true; }
 
 int CThread::shareSocket(int socket) { return socket; }
 
-void CThread::setTimeout(int ms) { setTimeout(ms, ms != 0 ? Platform::monotonicMilliSecond() : 0); }
+void CThread::setTimeout(int ms) { setTimeout(ms, ms != 0 ? CTime::getCurrentMilliSecond() : 0); }
 
 void CThread::setTimeout(int ms, unsigned long long now) { m_internal->setTimeout(ms, now); }
 
 bool CThread::isTimeout() {
     m_internal->m_mutex.enter();
-    const bool late = m_internal->isLate(Platform::monotonicMilliSecond());
+    const bool late = m_internal->isLate(CTime::getCurrentMilliSecond());
     m_internal->m_mutex.leave();
     return late;
 }
@@ -149,7 +150,7 @@ bool CThread::setCurrentTimeout(int ms) {
     ThreadInternal* self = ThreadManagerInternal::instance()->getThread(getCurrentThreadID());
     if (self == nullptr) return false;
     self->m_mutex.enter();
-    self->setTimeout(ms, Platform::monotonicMilliSecond());
+    self->setTimeout(ms, CTime::getCurrentMilliSecond());
     self->m_mutex.leave();
     return true;
 }

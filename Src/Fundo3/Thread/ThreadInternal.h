@@ -2,12 +2,12 @@
 
 #include <pthread.h>
 
-#include <atomic>
 #include <cstdint>
 
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo/Fundo3/Semaphore.h"
 #include "Fundo/Fundo3/Thread.h"
+#include "Fundo3/Published.h"
 #include "Fundo3/SharedName.h"
 
 namespace Tovra::Fundo {
@@ -21,7 +21,7 @@ struct ThreadInternal {
 
     // Whether the deadline has passed.
     bool isLate(uint64_t now) const {
-        const uint64_t expiry = m_expiry.load(std::memory_order_relaxed);
+        const uint64_t expiry = m_expiry;
         return expiry != 0 && expiry < now;
     }
 
@@ -29,26 +29,27 @@ struct ThreadInternal {
     void setTimeout(int ms, uint64_t now) {
         // A negative time is a deadline in the past.
         const auto offset = static_cast<uint64_t>(static_cast<int64_t>(ms));
-        m_expiry.store(ms != 0 ? now + offset : 0, std::memory_order_relaxed);
+        m_expiry = ms != 0 ? now + offset : 0;
     }
 
     pthread_t m_id{};
-    std::atomic<int> m_running{0};  // the body exists, and touches nothing here once it has cleared this
+    Detail::Published<int> m_running{
+        0};  // the body exists, and touches nothing here once it has cleared this
     const int m_policy;
     const int m_priority;
     const int m_stackSize;
-    std::atomic<int> m_tid{-1};
+    Detail::Published<int> m_tid{-1};
     Detail::SharedName m_name;
     ThreadInternal* m_prev = nullptr;  // the manager's list
     ThreadInternal* m_next = nullptr;
     bool m_linked = false;
-    CSemaphore m_exitSem{0};            // posted by the body at its end
-    std::atomic<uint64_t> m_expiry{0};  // deadline in milliseconds of the monotonic clock; 0 none
-    std::atomic<bool> m_loop{false};
-    std::atomic<bool> m_destroyed{false};  // destroyThread() has been accepted since the last start
-    std::atomic<bool> m_waitExit{false};   // the body must post m_exitSem
-    std::atomic<bool> m_stackEnabled{false};
-    std::atomic<bool> m_joinable{false};  // the system refused to detach it
+    CSemaphore m_exitSem{0};                  // posted by the body at its end
+    Detail::Published<uint64_t> m_expiry{0};  // deadline in milliseconds of the monotonic clock; 0 none
+    Detail::Published<bool> m_loop{false};
+    Detail::Published<bool> m_destroyed{false};  // destroyThread() has been accepted since the last start
+    Detail::Published<bool> m_waitExit{false};   // the body must post m_exitSem
+    Detail::Published<bool> m_stackEnabled{false};
+    Detail::Published<bool> m_joinable{false};  // the system refused to detach it
     ThreadManagerInternal* const m_manager;
     CThread* const m_owner;
     CMutex m_mutex;

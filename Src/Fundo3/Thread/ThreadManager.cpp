@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <vector>
 
+#include "Fundo/Fundo3/Time.h"
 #include "Fundo3/Report.h"
 #include "Fundo3/Thread/ThreadManagerInternal.h"
-#include "Platform/Clock.h"
 
 namespace Tovra::Fundo {
 
@@ -67,13 +67,13 @@ bool ThreadManagerInternal::copyThreadName(int id, Detail::SharedName::Copy& nam
 bool ThreadManagerInternal::getTimeOutThreads(std::string& names) {
     m_mutex.enter();
     names.clear();
-    const uint64_t now = Platform::monotonicMilliSecond();
+    const uint64_t now = CTime::getCurrentMilliSecond();
     for (ThreadInternal* thread = m_threads.head(); thread != nullptr; thread = thread->m_next) {
         thread->m_mutex.enter();
         if (thread->isLate(now)) {
             // Contract: six characters, so an id of five digits loses its closing parenthesis.
             char id[7];
-            std::snprintf(id, sizeof id, "(%d)", thread->m_tid.load());
+            std::snprintf(id, sizeof id, "(%d)", static_cast<int>(thread->m_tid));
             names.append(thread->m_name.copy().text).append(id);
         }
         thread->m_mutex.leave();
@@ -88,7 +88,7 @@ void ThreadManagerInternal::registerMainThread() { m_mainThreadId = CThread::get
 void ThreadManagerInternal::dumpThreads() {
     std::vector<Row> rows;
     m_mutex.enter();
-    const uint64_t now = Platform::monotonicMilliSecond();
+    const uint64_t now = CTime::getCurrentMilliSecond();
     for (const ThreadInternal* thread = m_threads.head(); thread != nullptr; thread = thread->m_next)
         rows.emplace_back(thread->m_name.copy().text, thread->m_tid, thread->m_priority, thread->isLate(now));
     m_mutex.leave();
@@ -109,6 +109,13 @@ CThreadManager::CThreadManager() : m_internal(ThreadManagerInternal::instance())
 void CThreadManager::registerMainThread() { m_internal->registerMainThread(); }
 
 void CThreadManager::dumpThreads() { m_internal->dumpThreads(); }
+
+bool CThreadManager::getThreadNameByID(int id, CString& name) {
+    Detail::SharedName::Copy copy;
+    if (!m_internal->copyThreadName(id, copy)) return false;
+    name = copy.text;
+    return true;
+}
 
 bool CThreadManager::getTimeOutThreads(std::string& names) { return m_internal->getTimeOutThreads(names); }
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <atomic>
 #include <string>
 
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo3/Instance.h"
 #include "Fundo3/LinkedList.h"
+#include "Fundo3/Published.h"
 #include "Fundo3/Thread/ThreadInternal.h"
 
 namespace Tovra::Fundo {
@@ -37,7 +37,7 @@ private:
 
     Detail::LinkedList<ThreadInternal> m_threads;
     CMutex m_mutex;  // comes before a thread's mutex
-    std::atomic<int> m_mainThreadId{-1};
+    Detail::Published<int> m_mainThreadId{-1};
 };
 
 }  // namespace Tovra::Fundo

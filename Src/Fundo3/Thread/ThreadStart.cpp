@@ -65,7 +65,7 @@ void* InternalThreadBody(void* argument) {
     record.m_loop = false;
     if (record.m_waitExit) record.m_exitSem.post();
     // The owner may free the record from here on.
-    record.m_running.store(0, std::memory_order_release);
+    record.m_running = 0;
     return nullptr;
 }
 

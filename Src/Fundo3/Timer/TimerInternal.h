@@ -1,9 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "Fundo/Fundo3/Function.h"
+#include "Fundo3/Published.h"
 #include "Fundo3/SharedName.h"
 
 namespace Tovra::Fundo {
@@ -11,7 +11,7 @@ namespace Tovra::Fundo {
 class CTimerThread;
 class TimerManagerInternal;
 
-// The record of a timer. The manager's mutex guards it; what is atomic may be read without.
+// The record of a timer. The manager's mutex guards it; what is published may be read without.
 struct TimerInternal {
     explicit TimerInternal(const char* name) : m_name(name) {}
 
@@ -27,13 +27,13 @@ struct TimerInternal {
     TFunction1<void, unsigned long> m_fun;
     unsigned long m_param = 0;
     Detail::SharedName m_name;
-    std::atomic<bool> m_started{false};  // in the list
-    std::atomic<bool> m_called{false};   // a one-shot timer has fired
-    TimerInternal* m_prev = nullptr;     // the manager's list
+    Detail::Published<bool> m_started{false};  // in the list
+    Detail::Published<bool> m_called{false};   // a one-shot timer has fired
+    TimerInternal* m_prev = nullptr;           // the manager's list
     TimerInternal* m_next = nullptr;
     bool m_linked = false;
-    std::atomic<CTimerThread*> m_thread{nullptr};  // the worker that runs the callback
-    std::atomic<bool> m_stat{false};
+    Detail::Published<CTimerThread*> m_thread{nullptr};  // the worker that runs the callback
+    Detail::Published<bool> m_stat{false};
 
 private:
     void reschedule(TimerManagerInternal& manager, uint64_t now);

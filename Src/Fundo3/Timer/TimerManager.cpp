@@ -1,9 +1,9 @@
 #include "Fundo/Fundo3/TimerManager.h"
 
 #include "Fundo/Fundo3/PrintLog.h"
+#include "Fundo/Fundo3/Time.h"
 #include "Fundo3/Report.h"
 #include "Fundo3/Timer/TimerManagerInternal.h"
-#include "Platform/Clock.h"
 
 namespace Tovra::Fundo {
 
@@ -34,7 +34,7 @@ void endWorkers(CTimerThread* chain) {
 FUNDO_DEFINE_LASTING_INSTANCE(TimerManagerInternal)
 
 TimerManagerInternal::TimerManagerInternal()
-    : CThread("TimerManager", 1, 0, 0), m_curTime(Platform::monotonicMilliSecond()) {
+    : CThread("TimerManager", 1, 0, 0), m_curTime(CTime::getCurrentMilliSecond()) {
     createThread();
 }
 
@@ -61,7 +61,7 @@ void TimerManagerInternal::threadProc() {
 // @return whether time has moved
 bool TimerManagerInternal::tick() {
     const uint64_t before = m_curTime;
-    m_curTime = Platform::monotonicMilliSecond();
+    m_curTime = CTime::getCurrentMilliSecond();
     setTimeout(kDeadline, m_curTime);
     if (m_curTime < before) {
         Detail::assertionFailed("0", "virtual void Tovra::Fundo::TimerManagerInternal::threadProc()", kSource,

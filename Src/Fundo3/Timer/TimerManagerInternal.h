@@ -1,12 +1,12 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "Fundo/Fundo3/RecursiveMutex.h"
 #include "Fundo/Fundo3/Thread.h"
 #include "Fundo3/Instance.h"
 #include "Fundo3/LinkedList.h"
+#include "Fundo3/Published.h"
 #include "Fundo3/Timer/TimerInternal.h"
 #include "Fundo3/Timer/TimerThread.h"
 
@@ -47,7 +47,7 @@ private:
     CTimerThread* m_idleThreads = nullptr;  // a stack: the newest serves next
     uint64_t m_curTime;                     // of the last tick; every computation takes its time from here
     Detail::LinkedList<TimerInternal> m_timers;
-    std::atomic<int> m_idleLimit{-1};
+    Detail::Published<int> m_idleLimit{-1};
     int m_idleCount = 0;
 };
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <climits>
 
+#include "Fundo/Fundo3/Time.h"
 #include "Fundo3/Timer/TimerInternal.h"
 #include "Fundo3/Timer/TimerManagerInternal.h"
-#include "Platform/Clock.h"
 
 namespace Tovra::Fundo {
 
@@ -39,14 +39,14 @@ void CTimerThread::threadProc() {
 
 void CTimerThread::call() {
     const bool timed = m_timer->m_stat;
-    const uint64_t start = timed ? Platform::monotonicMicroSecond() : 0;
+    const uint64_t start = timed ? CTime::getCurrentMicroSecond() : 0;
     m_fun(m_param);
     setTimeout(0, 0);
     setThreadName(kIdleName);
 
     m_manager.m_mutex.enter();
     if (m_timer != nullptr) {
-        if (timed && m_timer->m_stat) m_timer->m_runningTime += Platform::monotonicMicroSecond() - start;
+        if (timed && m_timer->m_stat) m_timer->m_runningTime += CTime::getCurrentMicroSecond() - start;
         // From here on the owner may free the timer.
         m_timer->m_thread = nullptr;
         m_timer = nullptr;

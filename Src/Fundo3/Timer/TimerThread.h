@@ -1,10 +1,9 @@
 #pragma once
 
-#include <atomic>
-
 #include "Fundo/Fundo3/Function.h"
 #include "Fundo/Fundo3/Semaphore.h"
 #include "Fundo/Fundo3/Thread.h"
+#include "Fundo3/Published.h"
 
 namespace Tovra::Fundo {
 
@@ -37,7 +36,7 @@ private:
     unsigned long m_param = 0;
     CSemaphore m_wakeSem{0};
     TimerInternal* m_timer = nullptr;  // the timer being served
-    std::atomic<bool> m_cancel{false};
+    Detail::Published<bool> m_cancel{false};
 };
 
 }  // namespace Tovra::Fundo
