@@ -8,6 +8,7 @@
 #include "Component/ClientList.h"
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo3/Immortal.h"
+#include "Fundo3/MutexGuard.h"
 #include "Fundo3/Report.h"
 
 // Who holds a client made for a request: the caller, and a keep-alive reference that keeps it listed for the
@@ -59,17 +60,13 @@ IClientFactoryWrap::IClientFactoryWrap(IFactoryUnknown* factory)
 ClassID IClientFactoryWrap::clsid() const { return m_original->clsid(); }
 
 IUnknown* IClientFactoryWrap::create(const ServerInfo& info) {
-    clientMutex().enter();
-    IClient* client = make(info, true);
-    clientMutex().leave();
-    return client;
+    const Fundo::Detail::MutexGuard<Fundo::CRecursiveMutex> guard(clientMutex());
+    return make(info, true);
 }
 
 IClient* IClientFactoryWrap::createAndMake(const ServerInfo& info) {
-    clientMutex().enter();
-    IClient* client = make(info, false);
-    clientMutex().leave();
-    return client;
+    const Fundo::Detail::MutexGuard<Fundo::CRecursiveMutex> guard(clientMutex());
+    return make(info, false);
 }
 
 // Contract: a client made by the user holds one reference that nobody has claimed, so the first request that
@@ -119,10 +116,9 @@ int ClientFactory::releaseClientObject(IClient* client) {
 
 IFactoryUnknown* ClientFactory::wrapClientFactory(IFactoryUnknown* factory) {
     Wrappers& known = wrappers();
-    known.s_mutex.enter();
+    const Fundo::Detail::MutexGuard<Fundo::CMutex> guard(known.s_mutex);
     IClientFactoryWrap*& wrapper = known.s_clientFatories[factory];
     if (wrapper == nullptr) wrapper = new IClientFactoryWrap(factory);
-    known.s_mutex.leave();
     return wrapper;
 }
 

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "Fundo3/MutexGuard.h"
+
 // One table says which texts of a description are copied where, and which of them tell one client from
 // another.
 
@@ -103,17 +105,16 @@ void ClientInternal::stamp() {
 
 void ClientInternal::noteLogin() {
     const Fundo::CTime now = Fundo::CTime::getCurrentTime();
-    m_loginTimeMutex.enter();
-    m_loginTime = now;
-    m_loginTimeMutex.leave();
+    {
+        const Fundo::Detail::MutexGuard<Fundo::CMutex> guard(m_loginTimeMutex);
+        m_loginTime = now;
+    }
     loginState.store(kLogined, std::memory_order_release);
 }
 
 Fundo::CTime ClientInternal::timeOfLogin() {
-    m_loginTimeMutex.enter();
-    const Fundo::CTime time = m_loginTime;
-    m_loginTimeMutex.leave();
-    return time;
+    const Fundo::Detail::MutexGuard<Fundo::CMutex> guard(m_loginTimeMutex);
+    return m_loginTime;
 }
 
 }  // namespace Tovra::Component

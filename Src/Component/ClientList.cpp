@@ -28,18 +28,16 @@ ClientList& ClientList::instance() {
 }
 
 IClient* ClientList::takeUnbroken(const ClassID& clsid, const ServerInfo& info) {
-    m_mutex.enter();
+    const Locked locked(m_mutex);
     IClient* client = findUnbroken(clsid, info);
     if (client != nullptr) client->addRef();
-    m_mutex.leave();
     return client;
 }
 
 void ClientList::insert(IClient* client) {
     if (client == nullptr) return;
-    m_mutex.enter();
+    const Locked locked(m_mutex);
     m_clients.push_back(client);
-    m_mutex.leave();
 }
 
 int ClientList::release(IClient* client) {

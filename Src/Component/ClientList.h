@@ -4,6 +4,7 @@
 
 #include "Component/Client.h"
 #include "Fundo/Fundo3/RecursiveMutex.h"
+#include "Fundo3/MutexGuard.h"
 
 namespace Tovra::Component {
 
@@ -28,10 +29,9 @@ public:
     IClient* takeUnbroken(const ClassID& clsid, const ServerInfo& info);
     template <typename Key>
     IClient* handOut(const ClassID& clsid, const Key& key) {
-        m_mutex.enter();
+        const Locked locked(m_mutex);
         IClient* client = find(clsid, key);
         if (client != nullptr) Detail::CComponentHelper::makeComponentInstance(client);
-        m_mutex.leave();
         return client;
     }
     void insert(IClient* client);
@@ -39,17 +39,15 @@ public:
     void sweep();
 
 private:
+    using Locked = Fundo::Detail::MutexGuard<Fundo::CRecursiveMutex>;
+
     template <typename Predicate>
     IClient* first(Predicate matches) {
-        IClient* found = nullptr;
-        m_mutex.enter();
+        const Locked locked(m_mutex);
         for (IClient* client : m_clients) {
-            if (!matches(client)) continue;
-            found = client;
-            break;
+            if (matches(client)) return client;
         }
-        m_mutex.leave();
-        return found;
+        return nullptr;
     }
 
     Fundo::CRecursiveMutex m_mutex;

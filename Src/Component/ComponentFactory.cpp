@@ -2,6 +2,7 @@
 
 #include "Component/FactoryTable.h"
 #include "Fundo3/Immortal.h"
+#include "Fundo3/MutexGuard.h"
 #include "Fundo3/Report.h"
 
 namespace Tovra::Component {
@@ -23,9 +24,8 @@ namespace {
 
 bool setEntry(const char* iid, const ClassID& clsid, IFactoryUnknown* factory) {
     FactoryTable& table = FactoryTable::instance();
-    table.s_mutex.enter();
+    const Fundo::Detail::MutexGuard<Fundo::CRecursiveMutex> guard(table.s_mutex);
     table.s_interfaces[iid][clsid.name] = factory;
-    table.s_mutex.leave();
     return true;
 }
 
@@ -44,14 +44,13 @@ void get_class_ids(const char* iid, std::vector<T>& out) {
     out.clear();
     out.reserve(8);
     FactoryTable& table = FactoryTable::instance();
-    table.s_mutex.enter();
+    const Fundo::Detail::MutexGuard<Fundo::CRecursiveMutex> guard(table.s_mutex);
     const auto found = table.s_interfaces.find(iid);
     if (found != table.s_interfaces.end()) {
         out.reserve(found->second.size());
         for (const auto& [clsid, factory] : found->second)
             out.push_back(T(clsid.c_str()));
     }
-    table.s_mutex.leave();
 }
 
 template FUNDO_API void get_class_ids(const char* iid, std::vector<std::string>& out);

@@ -5,6 +5,7 @@
 #include "Component/ClientInternal.h"
 #include "Component/Detail/ComponentHelper.h"
 #include "Component/FactoryTable.h"
+#include "Fundo3/MutexGuard.h"
 #include "Fundo3/Report.h"
 
 // One request for a factory: first the client that a remote class needs, logged in on this thread with no
@@ -89,10 +90,8 @@ IFactoryUnknown* lookUp(const char* iid, const ClassID& clsid, IClient* found, I
 
 IFactoryUnknown* lockAndLookUp(const char* iid, const ClassID& clsid, IClient* found, IClient*& client) {
     FactoryTable& table = FactoryTable::instance();
-    table.s_mutex.enter();
-    IFactoryUnknown* factory = lookUp(iid, clsid, found, client);
-    table.s_mutex.leave();
-    return factory;
+    const Fundo::Detail::MutexGuard<Fundo::CRecursiveMutex> guard(table.s_mutex);
+    return lookUp(iid, clsid, found, client);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "Component/ComponentFactory.h"
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo3/Immortal.h"
+#include "Fundo3/MutexGuard.h"
 
 namespace Tovra::Component {
 
@@ -26,21 +27,16 @@ Defaults& defaults() {
 bool CLocalComSelectManager::setDefaultComponent(const char* iid, const char* clsid) {
     if (iid == nullptr) return false;
     Defaults& known = defaults();
-    known.s_mapMutex.enter();
-    const bool inserted = known.s_localMap.emplace(iid, clsid).second;
-    known.s_mapMutex.leave();
-    return inserted;
+    const Fundo::Detail::MutexGuard<Fundo::CMutex> guard(known.s_mapMutex);
+    return known.s_localMap.emplace(iid, clsid).second;
 }
 
 Fundo::CString CLocalComSelectManager::getDefaultClassID(const char* iid) {
     if (iid == nullptr) return "";
-    Fundo::CString clsid = ClassID::local.name;
     Defaults& known = defaults();
-    known.s_mapMutex.enter();
+    const Fundo::Detail::MutexGuard<Fundo::CMutex> guard(known.s_mapMutex);
     const auto found = known.s_localMap.find(iid);
-    if (found != known.s_localMap.end()) clsid = found->second.c_str();
-    known.s_mapMutex.leave();
-    return clsid;
+    return found != known.s_localMap.end() ? found->second.c_str() : ClassID::local.name;
 }
 
 }  // namespace Tovra::Component

@@ -9,6 +9,7 @@
 #include "Fundo/Fundo3/ThreadSpecific.h"
 #include "Fundo3/Immortal.h"
 #include "Fundo3/Instance.h"
+#include "Fundo3/MutexGuard.h"
 #include "Fundo3/Report.h"
 #include "Fundo3/StandardOutput.h"
 
@@ -37,29 +38,27 @@ public:
     static CErrorMessageManager* instance();
 
     void setMessage(int error, const char* message) {
-        m_mutex.enter();
+        const Detail::MutexGuard<CMutex> guard(m_mutex);
         m_messages[error] = message != nullptr ? message : "";
-        m_mutex.leave();
     }
 
     const char* getMessage(int error) {
-        m_mutex.enter();
-        const auto found = m_messages.find(error);
-        const char* text = found != m_messages.end() ? found->second.c_str() : "";
-        m_mutex.leave();
-        return text;
+        const Detail::MutexGuard<CMutex> guard(m_mutex);
+        return find(error);
     }
 
     // Copies under the lock: the text of getMessage() may be replaced while a caller reads it.
     std::string copyMessage(int error) {
-        m_mutex.enter();
-        const auto found = m_messages.find(error);
-        std::string text = found != m_messages.end() ? found->second : std::string();
-        m_mutex.leave();
-        return text;
+        const Detail::MutexGuard<CMutex> guard(m_mutex);
+        return find(error);
     }
 
 private:
+    const char* find(int error) const {
+        const auto found = m_messages.find(error);
+        return found != m_messages.end() ? found->second.c_str() : "";
+    }
+
     CMutex m_mutex;
     std::map<int, std::string> m_messages;
 };

@@ -2,6 +2,7 @@
 
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo3/Immortal.h"
+#include "Fundo3/MutexGuard.h"
 #include "Fundo3/Report.h"
 
 namespace Tovra::Fundo {
@@ -25,19 +26,16 @@ Installed& installed() {
 // A copy: the handler is called without the lock.
 Handler currentHandler() {
     Installed& state = installed();
-    state.mutex.enter();
-    const Handler handler = state.handler;
-    state.mutex.leave();
-    return handler;
+    const Detail::MutexGuard<CMutex> guard(state.mutex);
+    return state.handler;
 }
 
 }  // namespace
 
 void setSystemCallHandler(TFunction1<int, const char*> handler) {
     Installed& state = installed();
-    state.mutex.enter();
+    const Detail::MutexGuard<CMutex> guard(state.mutex);
     state.handler = handler;
-    state.mutex.leave();
 }
 
 int systemCall(const char* command) {

@@ -51,7 +51,7 @@ inline const char* modeText(uint32_t flags) {
 }
 
 // Policy gives: Position, Long (what the public face answers), Count, tell(), seek(), read(), write(), gets()
-// and the messages. File is the public class, whose operations are called virtually.
+// and the words of messages. File is the public class, whose operations are called virtually.
 template <class File, class Policy>
 class FileBody {
 public:
@@ -59,17 +59,21 @@ public:
     using Long = typename Policy::Long;
     using Count = typename Policy::Count;
     using Record = FileRecord<Position>;
+    static constexpr const char* kSource = kFileSource;
 
     static bool open(File& file, Record& in, const char* path, uint32_t flags) {
         if (in.m_file != nullptr) file.close();
         if (in.m_buffer != nullptr) file.unload();
         in.m_opt = _findOpts(path);
-        Policy::assertServed(in);
+        const Record* const m_internal = &in;
+        FUNDO_ASSERT_IN(m_internal->m_opt, Policy::kOpen);
 
         char mode[8];
         std::snprintf(mode, sizeof mode, "%s", modeText(flags));
         if (mode[0] == '\0') {
-            Policy::reportFlags(&file, flags);
+            FUNDO_REPORT_IF(kError, reportObject(kError, {kSource, "open", __LINE__}, &file,
+                                                 "%s::open(): dwFlags(%d) is invalid\n", Policy::kClass,
+                                                 static_cast<int>(flags)));
             return false;
         }
         if ((flags & kCloseOnExec) != 0) std::strcat(mode, "e");
@@ -221,7 +225,7 @@ private:
     }
 
     static bool refuseBuffer(const char* message) {
-        if (isLevelOpen(kWarn)) report(kWarn, {kFileSource, "setvbuf", __LINE__}, "%s", message);
+        FUNDO_REPORT_IF(kWarn, report(kWarn, {kSource, "setvbuf", __LINE__}, "%s", message));
         return false;
     }
 

@@ -6,6 +6,7 @@
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo3/File/DefaultFileSystem.h"
 #include "Fundo3/Immortal.h"
+#include "Fundo3/MutexGuard.h"
 
 // The table of hooks. A path is looked up at every open and every path operation, so a process without hooks
 // pays one load; with hooks, a lock around a few comparisons.
@@ -74,22 +75,19 @@ long long IFileSystem::ftell64(void*) { return -1; }
 
 void hookFileSystem(const char* prefix, IFileSystem* fs) {
     if (prefix == nullptr) return;
-    tableMutex().enter();
+    const Detail::MutexGuard<CMutex> guard(tableMutex());
     if (fs != nullptr) {
         add(prefix, fs);
     } else {
         remove(prefix);
     }
-    tableMutex().leave();
 }
 
 IFileSystem* _findOpts(const char* path) {
     if (path == nullptr || s_hooked.load(std::memory_order_relaxed) == 0) return FileDefaultOpt::instance();
-    tableMutex().enter();
+    const Detail::MutexGuard<CMutex> guard(tableMutex());
     const Hook* row = findRow(serves, path);
-    IFileSystem* fs = row != nullptr ? row->fs : nullptr;
-    tableMutex().leave();
-    return fs != nullptr ? fs : FileDefaultOpt::instance();
+    return row != nullptr ? row->fs : FileDefaultOpt::instance();
 }
 
 }  // namespace Tovra::Fundo

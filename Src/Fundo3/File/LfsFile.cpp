@@ -22,17 +22,8 @@ struct Policy {
 
     static constexpr uint32_t kDirect = 0;
 
-    static void assertServed(const Record& in) {
-        const Record* m_internal = &in;
-        FUNDO_ASSERT_IN(m_internal->m_opt,
-                        "virtual bool Tovra::Fundo::CLfsFile::open(const char *, uint32_t)");
-    }
-
-    static void reportFlags(const CLfsFile* file, uint32_t flags) {
-        if (!Detail::isLevelOpen(Detail::kError)) return;
-        Detail::reportObject(Detail::kError, {kSource, "open", __LINE__}, file,
-                             "CLfsFile::open(): dwFlags(%d) is invalid\n", static_cast<int>(flags));
-    }
+    static constexpr char kClass[] = "CLfsFile";
+    static constexpr char kOpen[] = "virtual bool Tovra::Fundo::CLfsFile::open(const char *, uint32_t)";
 
     static void reportShortLoad(const CLfsFile* file, Position length, Long got, int error) {
         if (!Detail::isLevelOpen(Detail::kWarn)) return;

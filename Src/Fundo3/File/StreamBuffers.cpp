@@ -6,6 +6,7 @@
 
 #include "Fundo/Fundo3/Mutex.h"
 #include "Fundo3/Immortal.h"
+#include "Fundo3/MutexGuard.h"
 
 namespace Tovra::Fundo::Detail {
 
@@ -27,15 +28,19 @@ Registry& registry() {
 
 Buffer takeBuffer(FILE* stream) {
     Registry& known = registry();
-    known.mutex.enter();
-    Buffer buffer;
+    const MutexGuard<CMutex> guard(known.mutex);
     const auto found = known.buffers.find(stream);
-    if (found != known.buffers.end()) {
-        buffer = std::move(found->second);
-        known.buffers.erase(found);
-    }
-    known.mutex.leave();
+    if (found == known.buffers.end()) return nullptr;
+    Buffer buffer = std::move(found->second);
+    known.buffers.erase(found);
     return buffer;
+}
+
+// @return the buffer's place, which outlives this
+char* keepBuffer(FILE* stream, Buffer buffer) {
+    Registry& known = registry();
+    const MutexGuard<CMutex> guard(known.mutex);
+    return (known.buffers[stream] = std::move(buffer)).get();
 }
 
 }  // namespace
@@ -43,11 +48,8 @@ Buffer takeBuffer(FILE* stream) {
 void attachStreamBuffer(FILE* stream) {
     Buffer buffer(new (std::nothrow) char[kBufferSize]);
     if (buffer == nullptr) return;
-    if (std::setvbuf(stream, buffer.get(), _IOFBF, kBufferSize) != 0) return;
-    Registry& known = registry();
-    known.mutex.enter();
-    known.buffers[stream] = std::move(buffer);
-    known.mutex.leave();
+    // Kept before the stream knows it: without memory to keep it, the stream must not be left with it.
+    std::setvbuf(stream, keepBuffer(stream, std::move(buffer)), _IOFBF, kBufferSize);
 }
 
 int closeBufferedStream(FILE* stream) {

@@ -200,7 +200,7 @@ void closeLogFile() {
 
 void waitForLogFile() {
     if (t_inside) return;
-    const Inside inside(logFile().mutex);
+    const MutexGuard<CMutex> guard(logFile().mutex);
 }
 
 bool insideLogFile() { return t_inside; }

@@ -20,7 +20,7 @@ std::atomic<bool> s_saveLogByDay{false};
 
 namespace {
 
-struct Published {
+struct SharedPath {
     CMutex mutex;
     LogPath path;
 };
@@ -28,9 +28,9 @@ struct Published {
 std::atomic<unsigned> s_version{0};
 std::atomic<bool> s_hasPath{false};
 
-Published& published() {
-    static Immortal<Published> s_published;
-    return *s_published;
+SharedPath& sharedPath() {
+    static Immortal<SharedPath> s_path;
+    return *s_path;
 }
 
 // Where archives are looked for: the folder of the path.
@@ -48,7 +48,7 @@ bool namesFolder(const char* path) {
 
 // Without a path the search pattern stays as it was.
 void publish(const LogPath& path) {
-    Published& state = published();
+    SharedPath& state = sharedPath();
     const MutexGuard<CMutex> guard(state.mutex);
     state.path.file = path.file;
     if (!path.file.empty()) state.path.search = path.search;
@@ -62,7 +62,7 @@ bool hasLogPath() { return s_hasPath.load(std::memory_order_relaxed); }
 
 void refreshLogPath(LogPath& known, unsigned& seen) {
     if (s_version.load(std::memory_order_acquire) == seen) return;
-    Published& state = published();
+    SharedPath& state = sharedPath();
     const MutexGuard<CMutex> guard(state.mutex);
     known = state.path;
     seen = s_version.load(std::memory_order_relaxed);
