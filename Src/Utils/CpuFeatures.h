@@ -1,0 +1,49 @@
+// The one place that asks the processor what it can do.
+//
+// A kernel that needs an extension asks has() for it and has a portable twin; restrictTo() lets a test or a
+// benchmark run the twin on any machine. Kernels ask at each call, so a restriction acts at once.
+#pragma once
+
+#if defined(__x86_64__)
+#define FUNDO_X86_64 1
+#endif
+
+namespace Tovra::Utils::Cpu {
+
+// Sets of instructions, one bit each; names that stand for more than one extension name what the kernels
+// need.
+enum Feature : unsigned {
+    kPortable = 0,
+    kSsse3 = 1u << 0,
+    kAvx2 = 1u << 1,
+    kAvx512 = 1u << 2,     ///< F, BW, DQ and VL
+    kAes = 1u << 3,        ///< AES-NI and SSE4.1
+    kVaes256 = 1u << 4,    ///< VAES with AVX2
+    kVaes512 = 1u << 5,    ///< VAES with AVX-512
+    kClmul = 1u << 6,      ///< PCLMULQDQ and SSE4.1
+    kVclmul512 = 1u << 7,  ///< VPCLMULQDQ with AVX-512
+    kSha = 1u << 8,        ///< SHA-1 and SHA-256 instructions, SSE4.1
+    kVbmi = 1u << 9,       ///< AVX-512 VBMI
+    kAll = ~0u
+};
+
+// Whether the processor and the system have all of the features and no restriction forbids them.
+bool has(unsigned features);
+
+// From now on only these features are used, of those that the processor has: kPortable forbids all, kAll
+// lifts the restriction. Answers the former restriction.
+unsigned restrictTo(unsigned features);
+
+// Restricts for the length of a scope.
+class CRestriction {
+public:
+    explicit CRestriction(unsigned features) : m_former(restrictTo(features)) {}
+    ~CRestriction() { restrictTo(m_former); }
+    CRestriction(const CRestriction&) = delete;
+    CRestriction& operator=(const CRestriction&) = delete;
+
+private:
+    unsigned m_former;
+};
+
+}  // namespace Tovra::Utils::Cpu
