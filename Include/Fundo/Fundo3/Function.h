@@ -42,14 +42,12 @@ public:
     static constexpr unsigned int kAnyReuse = 0xFFFFFFFFU;  ///< Matches every reuse marker.
 
     /// An empty delegate.
-    TDelegate() noexcept = default;
+    constexpr TDelegate() noexcept = default;
 
-    /// Binds a free function; null gives the empty delegate.
-    TDelegate(R (*function)(A...)) noexcept {
-        if (function == nullptr) return;
-        m_function.pointer = function;
-        m_type = kPointer;
-    }
+    /// Binds a free function; null gives the empty delegate. A delegate with static storage that is made so
+    /// is there before any initialiser runs.
+    constexpr TDelegate(R (*function)(A...)) noexcept
+        : m_function(function), m_type(function == nullptr ? kEmpty : kPointer) {}
 
     /// Binds a member function of the object's class or of one of its bases.
     template <class C, class O, typename = std::enable_if_t<std::is_convertible_v<O*, C*>>>
@@ -116,6 +114,8 @@ private:
     };
 
     union Target {
+        constexpr Target() noexcept : words{0, 0} {}
+        constexpr Target(Pointer function) noexcept : pointer(function) {}
         Words words;
         Member member;
         Pointer pointer;
@@ -141,7 +141,7 @@ private:
         return m_object == other.m_object;
     }
 
-    Target m_function = {{0, 0}};
+    Target m_function;
     X* m_object = nullptr;
     unsigned int m_type = kEmpty;
     const char* m_objectType = nullptr;
@@ -162,7 +162,7 @@ FUNDO_API unsigned int getCurrentFunctionReuse();
     class name : public Detail::TDelegate<R, FUNDO_DELEGATE_UNPACK arguments> {            \
     public:                                                                                \
         using Detail::TDelegate<R, FUNDO_DELEGATE_UNPACK arguments>::TDelegate;            \
-        name() noexcept = default;                                                         \
+        constexpr name() noexcept = default;                                               \
         bool operator==(const name& other) const noexcept { return this->equals(other); }  \
         bool operator!=(const name& other) const noexcept { return !this->equals(other); } \
     };                                                                                     \

@@ -24,7 +24,8 @@ int readElapsed(timespec* ts) {
 }
 
 // Since boot, in units of which a second has so many; 0 if the clock cannot be read.
-uint64_t sinceBoot(const char* name, uint64_t unitsPerSecond) {
+template <uint64_t unitsPerSecond>
+uint64_t sinceBoot(const char* name) {
     timespec now{};
     const int error = Platform::readSystemClock(&now);
     if (error != 0) {
@@ -43,8 +44,8 @@ int clock_gettime(int clockId, timespec* ts) {
     return clockId == 0 ? Platform::readSystemClock(ts) : EINVAL;
 }
 
-uint64_t CTime::getCurrentMilliSecond() { return sinceBoot("getCurrentMilliSecond", 1000); }
+uint64_t CTime::getCurrentMilliSecond() { return sinceBoot<1000>("getCurrentMilliSecond"); }
 
-uint64_t CTime::getCurrentMicroSecond() { return sinceBoot("getCurrentMicroSecond", 1000000); }
+uint64_t CTime::getCurrentMicroSecond() { return sinceBoot<1000000>("getCurrentMicroSecond"); }
 
 }  // namespace Tovra::Fundo
