@@ -6,7 +6,7 @@
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/MutexGuard.h"
 #include "Fundo3/Report.h"
-#include "Memory/Log2.h"
+#include "Memory/Arithmetic.h"
 
 namespace Tovra::Memory {
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "Fundo/Fundo3/PrintLog.h"
+#include "Memory/Arithmetic.h"
 
 namespace Tovra::Memory {
 
@@ -20,14 +21,10 @@ struct CBuffer::Block {
 
 namespace {
 
-constexpr size_t kTooMuch = SIZE_MAX;  // an allocation of it fails
-
-size_t sum(size_t a, size_t b) { return a <= SIZE_MAX - b ? a + b : kTooMuch; }
-
 // Up to a multiple of the step, if there is one.
 size_t roundUp(size_t size, size_t step) {
     const size_t over = step == 0 ? 0 : size % step;
-    return over == 0 ? size : sum(size, step - over);
+    return over == 0 ? size : saturatedSum(size, step - over);
 }
 
 }  // namespace
@@ -35,8 +32,8 @@ size_t roundUp(size_t size, size_t step) {
 CBuffer::~CBuffer() { reset(); }
 
 CBuffer::Block* CBuffer::allocate(size_t capacity, const char* failure) {
-    const bool fits = capacity <= PTRDIFF_MAX - sizeof(Block);
-    auto* block = fits ? static_cast<Block*>(std::malloc(sizeof(Block) + capacity)) : nullptr;
+    const size_t bytes = saturatedSum(sizeof(Block), capacity);
+    auto* block = bytes <= kMaxBytes ? static_cast<Block*>(std::malloc(bytes)) : nullptr;
     if (block == nullptr) {
         Fundo::logInfo("%s", failure);
         return nullptr;
@@ -67,7 +64,7 @@ size_t CBuffer::putBuffer(unsigned char* data, size_t size) {
         const uintptr_t offset =
             reinterpret_cast<uintptr_t>(data) - reinterpret_cast<uintptr_t>(m_block->data());
         const bool own = offset < m_block->size;
-        const size_t need = roundUp(sum(m_block->size, size), m_block->increasedSize);
+        const size_t need = roundUp(saturatedSum(m_block->size, size), m_block->increasedSize);
         if (!grow(need, "CBuffer putbuffer ReMalloc fail:\n")) return 0;
         if (own) data = m_block->data() + offset;
     }

@@ -6,7 +6,7 @@
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/Immortal.h"
 #include "Fundo3/Report.h"
-#include "Memory/Log2.h"
+#include "Memory/Arithmetic.h"
 #include "Memory/PacketManagerInternal.h"
 
 namespace Tovra::Memory {
