@@ -48,7 +48,7 @@ void compareAllLengths() {
         const Tests::CGuardedBuffer back(static_cast<size_t>(base64DecodeLen(coded.text())));
         ASSERT_GE(back.size(), sample.size() + 1);
         ASSERT_EQ(base64Decode(back.text(), coded.text()), length);
-        ASSERT_EQ(std::memcmp(back.data(), sample.data(), sample.size()), 0) << length;
+        ASSERT_TRUE(std::equal(sample.begin(), sample.end(), back.data())) << length;
     }
 }
 

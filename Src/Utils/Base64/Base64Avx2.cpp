@@ -41,13 +41,12 @@ FUNDO_AVX2 inline __m256i twice(const uint8_t (&row)[16]) {
 }
 
 FUNDO_AVX2 inline __m256i toLetters(__m256i values) {
-    // 13 for "A-Z", 0 for "a-z", 1 to 10 for the digits, 11 for "+", 12 for "/"
-    const __m256i upper = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
-    const __m256i run = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
-                                        _mm256_and_si256(upper, _mm256_set1_epi8(13)));
+    // 0 for "A-Z", 1 for "a-z", 2 to 11 for the digits, 12 for "+", 13 for "/"
+    const __m256i beyondUpper = _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25));  // -1 where true
+    const __m256i run = _mm256_sub_epi8(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), beyondUpper);
     const __m256i offsets = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                      '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0));
+        _mm_setr_epi8('A', 'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                      '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 0, 0));
     return _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets, run));
 }
 
@@ -63,14 +62,19 @@ FUNDO_AVX2 inline __m256i split(__m256i bytes) {
     return _mm256_or_si256(even, odd);
 }
 
+FUNDO_AVX2 inline void encodeStep(char* coded, const char* data) {
+    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + kBytes / 2));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(coded), toLetters(split(_mm256_set_m128i(high, low))));
+}
+
 FUNDO_AVX2 size_t encode(char* coded, const char* data, size_t length) {
-    constexpr size_t kRead = kBytes + 4;  // the second half is read from its start and over its end
-    size_t done = 0;
-    for (; length - done >= kRead; done += kBytes, coded += kLetters) {
-        const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + done));
-        const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + done + 12));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(coded), toLetters(split(_mm256_set_m128i(high, low))));
-    }
+    constexpr size_t kRead = kBytes + 4;  // the load of the second half goes over its end
+    if (length < kRead) return 0;
+    encodeStep(coded, data);
+    size_t done = bytesToAlign<kLetters>(coded);
+    for (coded += done / 3 * 4; length - done >= kRead; done += kBytes, coded += kLetters)
+        encodeStep(coded, data + done);
     return done;
 }
 
@@ -102,27 +106,29 @@ FUNDO_AVX2 inline __m256i join(__m256i values) {
                                        _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
 }
 
-FUNDO_AVX2 FUNDO_READS_AHEAD bool readText(const char* coded, __m256i& text) {
-    if (!isReadable<kLetters>(coded)) return false;
-    text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(coded));
-    return isText(text);
-}
-
-FUNDO_AVX2 size_t decode(char* data, const char* coded) {
-    size_t done = 0;
-    for (__m256i text; readText(coded + done, text); done += kLetters, data += kBytes) {
-        const __m256i bytes = join(toValues(text));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(data), _mm256_castsi256_si128(bytes));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(data + 16), _mm256_extracti128_si256(bytes, 1));
+FUNDO_AVX2 FUNDO_READS_AHEAD size_t decode(char* data, const char* coded) {
+    const char* text = coded;
+    while (size_t steps = readableSteps<kLetters>(text)) {
+        for (; steps != 0; --steps, text += kLetters, data += kBytes) {
+            const __m256i letters = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
+            if (!isText(letters)) return static_cast<size_t>(text - coded);
+            const __m256i bytes = join(toValues(letters));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(data), _mm256_castsi256_si128(bytes));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(data + 16), _mm256_extracti128_si256(bytes, 1));
+        }
     }
-    return done;
+    return static_cast<size_t>(text - coded);
 }
 
-FUNDO_AVX2 size_t measure(const char* coded) {
-    size_t length = 0;
-    for (__m256i text; readText(coded + length, text);)
-        length += kLetters;
-    return length;
+FUNDO_AVX2 FUNDO_READS_AHEAD size_t measure(const char* coded) {
+    const char* text = coded;
+    while (size_t steps = readableSteps<kLetters>(text)) {
+        for (; steps != 0; --steps, text += kLetters) {
+            if (!isText(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(text))))
+                return static_cast<size_t>(text - coded);
+        }
+    }
+    return static_cast<size_t>(text - coded);
 }
 
 }  // namespace

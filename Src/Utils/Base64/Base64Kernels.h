@@ -5,7 +5,7 @@
 //
 // The length of a text is not known when decoding begins: it ends at the first character outside of the
 // alphabet, and what lies behind that may not be readable. A kernel therefore looks a whole step ahead only
-// where isReadable() allows it.
+// where readableSteps() allows it.
 #pragma once
 
 #include <cstddef>
@@ -52,17 +52,24 @@ extern const Kernel kVbmiKernel;
 // The fastest on this processor.
 const Kernel& kernel();
 
-// Whether a step that starts at text can be read: it stays within the page, or all before the page's end
-// belongs to the text, which then goes on into the next page.
+// How many steps can be read from text on: those that lie in its page, or one over the page's end if all
+// before that end belongs to the text, which then goes on into the next page.
 template <size_t Step>
-bool isReadable(const char* text) {
+size_t readableSteps(const char* text) {
     constexpr uintptr_t kPage = 4096;  // the smallest there is
     const size_t left = kPage - reinterpret_cast<uintptr_t>(text) % kPage;
-    if (left >= Step) return true;
+    if (left >= Step) return left / Step;
     for (size_t i = 0; i < left; ++i) {
-        if (valueOf(text[i]) == kOutside) return false;
+        if (valueOf(text[i]) == kOutside) return 0;
     }
-    return true;
+    return 1;
+}
+
+// How far the first step of encoding goes so that the others store aligned words, in bytes: a whole step at
+// most, and at least a group.
+template <size_t Step>
+size_t bytesToAlign(const char* coded) {
+    return (Step - reinterpret_cast<uintptr_t>(coded) % Step + 3) / 4 * 3;
 }
 
 }  // namespace Tovra::Utils::Base64

@@ -17,6 +17,8 @@ namespace {
 constexpr size_t kBytes = 48;
 constexpr size_t kLetters = 64;
 constexpr uint8_t kHighBit = 0x80;
+// The forms without a mask start from an undefined register, which one compiler warns of.
+constexpr __mmask64 kAll64 = ~0ull;
 
 struct Wide {
     uint8_t at[64];
@@ -48,46 +50,57 @@ constexpr Wide makeValuesFrom(unsigned first) {
 constexpr Wide kLowValues = makeValuesFrom(0);
 constexpr Wide kHighValues = makeValuesFrom(64);
 
-FUNDO_VBMI size_t encode(char* coded, const char* data, size_t length) {
+FUNDO_VBMI inline void encodeStep(char* coded, const char* data) {
     constexpr __mmask64 kRead = (1ull << kBytes) - 1;
     constexpr long long kFields = 0x3036242a1016040a;  // first bit of each value in a pair of words
-    const __m512i spread = _mm512_loadu_si512(kSpread.at);
-    const __m512i alphabet = _mm512_loadu_si512(basis_64);
-    size_t done = 0;
-    for (; length - done >= kBytes; done += kBytes, coded += kLetters) {
-        const __m512i words = _mm512_permutexvar_epi8(spread, _mm512_maskz_loadu_epi8(kRead, data + done));
-        const __m512i values = _mm512_multishift_epi64_epi8(_mm512_set1_epi64(kFields), words);
-        _mm512_storeu_si512(coded, _mm512_permutexvar_epi8(values, alphabet));
-    }
+    const __m512i bytes = _mm512_maskz_loadu_epi8(kRead, data);
+    const __m512i words = _mm512_maskz_permutexvar_epi8(kAll64, _mm512_loadu_si512(kSpread.at), bytes);
+    const __m512i values = _mm512_maskz_multishift_epi64_epi8(kAll64, _mm512_set1_epi64(kFields), words);
+    _mm512_storeu_si512(coded, _mm512_maskz_permutexvar_epi8(kAll64, values, _mm512_loadu_si512(basis_64)));
+}
+
+FUNDO_VBMI size_t encode(char* coded, const char* data, size_t length) {
+    if (length < kBytes) return 0;
+    encodeStep(coded, data);
+    size_t done = bytesToAlign<kLetters>(coded);
+    for (coded += done / 3 * 4; length - done >= kBytes; done += kBytes, coded += kLetters)
+        encodeStep(coded, data + done);
     return done;
 }
 
-FUNDO_VBMI FUNDO_READS_AHEAD bool readValues(const char* coded, __m512i& values) {
-    if (!isReadable<kLetters>(coded)) return false;
-    const __m512i text = _mm512_loadu_si512(coded);
+// The values of a step; false if a character is outside of the alphabet.
+FUNDO_VBMI inline bool toValues(__m512i text, __m512i& values) {
     values =
         _mm512_permutex2var_epi8(_mm512_loadu_si512(kLowValues.at), text, _mm512_loadu_si512(kHighValues.at));
     // Either mark: a character beyond 127 has looked up another's value.
     return _mm512_movepi8_mask(_mm512_or_si512(text, values)) == 0;
 }
 
-FUNDO_VBMI size_t decode(char* data, const char* coded) {
+FUNDO_VBMI FUNDO_READS_AHEAD size_t decode(char* data, const char* coded) {
     constexpr __mmask64 kWritten = (1ull << kBytes) - 1;
     const __m512i pack = _mm512_loadu_si512(kPack.at);
-    size_t done = 0;
-    for (__m512i values; readValues(coded + done, values); done += kLetters, data += kBytes) {
-        const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
-        const __m512i groups = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
-        _mm512_mask_storeu_epi8(data, kWritten, _mm512_permutexvar_epi8(pack, groups));
+    const char* text = coded;
+    while (size_t steps = readableSteps<kLetters>(text)) {
+        for (; steps != 0; --steps, text += kLetters, data += kBytes) {
+            __m512i values;
+            if (!toValues(_mm512_loadu_si512(text), values)) return static_cast<size_t>(text - coded);
+            const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
+            const __m512i groups = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
+            _mm512_mask_storeu_epi8(data, kWritten, _mm512_maskz_permutexvar_epi8(kAll64, pack, groups));
+        }
     }
-    return done;
+    return static_cast<size_t>(text - coded);
 }
 
-FUNDO_VBMI size_t measure(const char* coded) {
-    size_t length = 0;
-    for (__m512i values; readValues(coded + length, values);)
-        length += kLetters;
-    return length;
+FUNDO_VBMI FUNDO_READS_AHEAD size_t measure(const char* coded) {
+    const char* text = coded;
+    while (size_t steps = readableSteps<kLetters>(text)) {
+        for (; steps != 0; --steps, text += kLetters) {
+            __m512i values;
+            if (!toValues(_mm512_loadu_si512(text), values)) return static_cast<size_t>(text - coded);
+        }
+    }
+    return static_cast<size_t>(text - coded);
 }
 
 }  // namespace
