@@ -4,9 +4,11 @@
 // then takes a field for each run of y, M or d, whatever the letter.
 #include "Fundo3/Time/Pattern.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
 namespace Tovra::Fundo::Detail {
 
@@ -50,12 +52,12 @@ struct Number {
 
 class DateFields {
 public:
-    DateFields(const SystemTime& time, const LetterCounts& letters, DateOrder order) {
+    DateFields(const SystemTime& time, const LetterCounts& letters, const PatternStyle& style) {
         const size_t years = letters.years();
         const Number year = years >= 3 ? Number{time.year, 4} : Number{time.year % 100, years == 0 ? 0U : 2U};
         const Number month{time.month, shortOrTwo(letters.months())};
         const Number day{time.day, shortOrTwo(letters.days())};
-        switch (order) {
+        switch (style.order) {
             case kMonthDayYear:
                 set(month, day, year);
                 break;
@@ -66,6 +68,7 @@ public:
                 set(year, month, day);
                 break;
         }
+        style.absent == AbsentParts::kLeftOut ? leaveOut() : closeGap();
     }
 
     void putNext(CPatternWriter& writer) {
@@ -77,17 +80,26 @@ public:
     static size_t shortOrTwo(size_t letters) { return letters < 2 ? letters : 2; }
 
 private:
-    // Contract: the third place keeps its field when a gap before it is closed, and one step closes one gap.
     void set(const Number& first, const Number& second, const Number& third) {
         m_fields[0] = first;
         m_fields[1] = second;
         m_fields[2] = third;
-        if (first.digits == 0) {
-            m_fields[0] = second;
-            m_fields[1] = third;
-        } else if (second.digits == 0) {
-            m_fields[1] = third;
+    }
+
+    // Contract: the third place keeps its field when a gap before it is closed, and one step closes one gap.
+    void closeGap() {
+        if (m_fields[0].digits == 0) {
+            m_fields[0] = m_fields[1];
+            m_fields[1] = m_fields[2];
+        } else if (m_fields[1].digits == 0) {
+            m_fields[1] = m_fields[2];
         }
+    }
+
+    void leaveOut() {
+        const auto isAbsent = [](const Number& field) { return field.digits == 0; };
+        std::fill(std::remove_if(std::begin(m_fields), std::end(m_fields), isAbsent), std::end(m_fields),
+                  Number{0, 0});
     }
 
     Number m_fields[3];
@@ -165,7 +177,7 @@ size_t CPatternWriter::finish() {
 
 void writePattern(const SystemTime& time, const char* pattern, const PatternStyle& style,
                   CPatternWriter& writer) {
-    DateFields date(time, LetterCounts(pattern), style.order);
+    DateFields date(time, LetterCounts(pattern), style);
     const auto putShortOrTwo = [&writer](int value, size_t letters) {
         writer.putNumber(value, DateFields::shortOrTwo(letters));
     };

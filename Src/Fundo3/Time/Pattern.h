@@ -62,10 +62,17 @@ private:
     size_t m_inkEnd = 0;
 };
 
+// What stands for a part of the date that the pattern has no letter for.
+enum class AbsentParts {
+    kOneClosed,  // the part behind it moves up, as far as one gap goes, and the last stays in its place too
+    kLeftOut     // nothing: all that follow move up
+};
+
 struct PatternStyle {
     DateOrder order;
     bool clock12Hour;
     char separator;  // 0 keeps the pattern's own
+    AbsentParts absent = AbsentParts::kOneClosed;
 };
 
 void writePattern(const SystemTime& time, const char* pattern, const PatternStyle& style,
