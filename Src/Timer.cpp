@@ -3,12 +3,10 @@
 #include "Fundo/Timer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
-#include <forward_list>
 
-#include "Fundo/Fundo3/Mutex.h"
 #include "Fundo/Fundo3/Timer.h"
-#include "Fundo3/MutexGuard.h"
 
 using Callback = Tovra::Fundo::TFunction1<void, unsigned long>;
 
@@ -21,30 +19,49 @@ struct MethodAdapter {
 
     CObject* m_object;
     Method m_method;
+    MethodAdapter* m_next;
 };
 
 unsigned int toUnsigned(unsigned long ms) {
     return static_cast<unsigned int>(std::min(ms, static_cast<unsigned long>(UINT_MAX)));
 }
 
+// A callback on its way may still hold an adapter, whatever the timer has been started with since: each lives
+// as long as the timer. They are only ever added, so looking for one takes no lock.
+class MethodAdapters {
+public:
+    MethodAdapters() = default;
+    MethodAdapters(const MethodAdapters&) = delete;
+    MethodAdapters& operator=(const MethodAdapters&) = delete;
+    ~MethodAdapters() {
+        for (MethodAdapter* adapter = m_first; adapter != nullptr;) {
+            MethodAdapter* next = adapter->m_next;
+            delete adapter;
+            adapter = next;
+        }
+    }
+
+    MethodAdapter* get(CObject* object, MethodAdapter::Method method) {
+        MethodAdapter* first = m_first.load(std::memory_order_acquire);
+        for (MethodAdapter* adapter = first; adapter != nullptr; adapter = adapter->m_next) {
+            if (adapter->m_object == object && adapter->m_method == method) return adapter;
+        }
+        auto* added = new MethodAdapter{object, method, first};
+        while (!m_first.compare_exchange_weak(added->m_next, added, std::memory_order_acq_rel)) {
+        }
+        return added;
+    }
+
+private:
+    std::atomic<MethodAdapter*> m_first{nullptr};
+};
+
 }  // namespace
 
 struct CTimer::TimerInternal {
     explicit TimerInternal(const char* name) : m_timer(name) {}
 
-    // A callback on its way may still hold an adapter, whatever the timer has been started with since: each
-    // lives as long as the timer, and equal ones are one.
-    MethodAdapter* adapterOf(CObject* object, MethodAdapter::Method method) {
-        const Tovra::Fundo::Detail::MutexGuard<Tovra::Fundo::CMutex> guard(m_mutex);
-        for (MethodAdapter& adapter : m_adapters) {
-            if (adapter.m_object == object && adapter.m_method == method) return &adapter;
-        }
-        m_adapters.push_front({object, method});
-        return &m_adapters.front();
-    }
-
-    Tovra::Fundo::CMutex m_mutex;
-    std::forward_list<MethodAdapter> m_adapters;
+    MethodAdapters m_adapters;
     // Last, so that it is destroyed, and its callback over, before what the callback uses.
     Tovra::Fundo::CTimer m_timer;
 };
@@ -60,7 +77,7 @@ bool CTimer::Start(TFunction1<void, unsigned long> fun, unsigned long delay, uns
 
 bool CTimer::Start(CObject* object, void (CObject::*proc)(unsigned int), unsigned int delay,
                    unsigned int period, unsigned int param, unsigned int timeout) {
-    const Callback callback(&MethodAdapter::call, m_internal->adapterOf(object, proc));
+    const Callback callback(&MethodAdapter::call, m_internal->m_adapters.get(object, proc));
     return m_internal->m_timer.start(callback, delay, period, param, timeout);
 }
 
