@@ -54,9 +54,20 @@ unsigned ask() {
     return features;
 }
 
+unsigned askBasicWord() {
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    return __get_cpuid(1, &a, &b, &c, &d) != 0 ? c : 0;
+}
+
+unsigned forbiddenBits() {
+    return (has(kAes) ? 0u : bit_AES) | (has(kClmul) ? 0u : bit_PCLMUL) | (has(kSsse3) ? 0u : bit_SSSE3);
+}
+
 #else
 
 unsigned ask() { return kPortable; }
+unsigned askBasicWord() { return 0; }
+unsigned forbiddenBits() { return 0; }
 
 #endif
 
@@ -69,6 +80,11 @@ unsigned present() {
 
 bool has(unsigned features) {
     return (features & ~present()) == 0 && (features & s_forbidden.load(std::memory_order_relaxed)) == 0;
+}
+
+unsigned basicWord() {
+    static const unsigned s_word = askBasicWord();
+    return s_word & ~forbiddenBits();
 }
 
 unsigned restrictTo(unsigned features) { return ~s_forbidden.exchange(~features, std::memory_order_relaxed); }

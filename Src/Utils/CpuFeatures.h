@@ -30,6 +30,10 @@ enum Feature : unsigned {
 // Whether the processor and the system have all of the features and no restriction forbids them.
 bool has(unsigned features);
 
+// ECX of CPUID leaf 1, for callers that ask by its bits; the bit of a forbidden feature is clear. 0 on other
+// architectures.
+unsigned basicWord();
+
 // From now on only these features are used, of those that the processor has: kPortable forbids all, kAll
 // lifts the restriction. Answers the former restriction.
 unsigned restrictTo(unsigned features);
