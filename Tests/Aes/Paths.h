@@ -21,7 +21,10 @@ struct Path {
     const char* kernel;
 };
 
-constexpr Path kPaths[] = {{Cpu::kPortable, "portable"}, {Cpu::kAes | Cpu::kClmul, "AES-NI"}};
+constexpr Path kPaths[] = {{Cpu::kPortable, "portable"},
+                           {Cpu::kAes | Cpu::kClmul, "AES-NI"},
+                           {Cpu::kAes | Cpu::kVaes256, "VAES-256"},
+                           {Cpu::kAes | Cpu::kVaes512, "VAES-512"}};
 
 // Does it once by each path of this processor, having made sure that the path is taken.
 template <class Do>

@@ -3,9 +3,13 @@
 
 namespace Tovra::Utils::AES {
 
-const Kernel& kernelFor(std::size_t) {
+const Kernel& kernelFor(std::size_t blocks) {
 #if FUNDO_X86_64
+    if (blocks >= 4 && Cpu::has(Cpu::kVaes512 | Cpu::kAes)) return kVaes512Kernel;
+    if (blocks >= 4 && Cpu::has(Cpu::kVaes256 | Cpu::kAes)) return kVaes256Kernel;
     if (Cpu::has(Cpu::kAes)) return kAesNiKernel;
+#else
+    static_cast<void>(blocks);
 #endif
     return kPortableKernel;
 }

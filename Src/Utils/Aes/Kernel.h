@@ -51,6 +51,8 @@ struct Kernel {
 extern const Kernel kPortableKernel;
 #if FUNDO_X86_64
 extern const Kernel kAesNiKernel;
+extern const Kernel kVaes256Kernel;
+extern const Kernel kVaes512Kernel;
 #endif
 
 // The fastest kernel for that many blocks that do not wait for one another; 1 for the serial modes.

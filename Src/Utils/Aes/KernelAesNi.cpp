@@ -3,25 +3,29 @@
 
 #if FUNDO_X86_64
 
-#include <immintrin.h>
-
 #define FUNDO_AES_TARGET __attribute__((target("aes,sse4.1")))
-#include "Utils/Aes/KernelModes.h"
+#include "Utils/Aes/KernelX86.h"
 
 namespace Tovra::Utils::AES {
 namespace {
 
-struct AesNi {
+struct Lane128 {
     static constexpr std::size_t kBlocks = 1;
     static constexpr std::size_t kFlight = 8;
 
     using Vec = __m128i;
-    using Counter = __m128i;  // as an integer, least significant byte first
 
     static FUNDO_AES_INLINE Vec load(const void* p) { return _mm_loadu_si128(static_cast<const Vec*>(p)); }
     static FUNDO_AES_INLINE void store(void* p, Vec x) { _mm_storeu_si128(static_cast<Vec*>(p), x); }
-    static FUNDO_AES_INLINE Vec key(const Schedule& schedule, int round) { return load(schedule.key(round)); }
     static FUNDO_AES_INLINE Vec mix(Vec a, Vec b) { return _mm_xor_si128(a, b); }
+    static FUNDO_AES_INLINE Vec add(Vec a, Vec b) { return _mm_add_epi64(a, b); }
+    static FUNDO_AES_INLINE Vec shuffle(Vec x, Vec order) { return _mm_shuffle_epi8(x, order); }
+
+    static FUNDO_AES_INLINE Vec broadcast(__m128i block) { return block; }
+    static FUNDO_AES_INLINE __m128i firstBlock(Vec x) { return x; }
+    static FUNDO_AES_INLINE __m128i lastBlock(Vec x) { return x; }
+    static FUNDO_AES_INLINE Vec indices() { return _mm_setzero_si128(); }
+    static FUNDO_AES_INLINE Vec shiftIn(Vec last, Vec) { return last; }
 
     template <bool Inverse>
     static FUNDO_AES_INLINE Vec round(Vec x, Vec key) {
@@ -30,24 +34,6 @@ struct AesNi {
     template <bool Inverse>
     static FUNDO_AES_INLINE Vec lastRound(Vec x, Vec key) {
         return Inverse ? _mm_aesdeclast_si128(x, key) : _mm_aesenclast_si128(x, key);
-    }
-
-    static FUNDO_AES_INLINE Vec loadLast(const std::uint8_t* chain) { return load(chain); }
-    static FUNDO_AES_INLINE void storeLast(std::uint8_t* chain, Vec last) { store(chain, last); }
-    static FUNDO_AES_INLINE Vec shiftIn(Vec last, Vec) { return last; }
-
-    static FUNDO_AES_INLINE Vec reversed(Vec x) {
-        return _mm_shuffle_epi8(x, _mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
-    }
-    static FUNDO_AES_INLINE Counter loadCounter(const std::uint8_t* chain) { return reversed(load(chain)); }
-    static FUNDO_AES_INLINE void storeCounter(std::uint8_t* chain, Counter counter) {
-        store(chain, reversed(counter));
-    }
-    static FUNDO_AES_INLINE Counter advanced(Counter counter, std::size_t n) {
-        return _mm_add_epi64(counter, _mm_set_epi64x(0, static_cast<long long>(n)));
-    }
-    static FUNDO_AES_INLINE Vec counterBlocks(Counter counter, std::size_t i) {
-        return reversed(advanced(counter, i));
     }
 
     static FUNDO_AES_INLINE Vec fromByte(std::uint8_t byte) { return _mm_cvtsi32_si128(byte); }
@@ -60,7 +46,7 @@ struct AesNi {
 
 }  // namespace
 
-const Kernel kAesNiKernel = makeKernel<AesNi>("AES-NI");
+constexpr Kernel kAesNiKernel = makeKernel<X86<Lane128>>("AES-NI");
 
 }  // namespace Tovra::Utils::AES
 

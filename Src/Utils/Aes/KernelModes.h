@@ -12,8 +12,8 @@
 //     CTR              forward     counter    data
 //
 // where previous is the cipher text one block earlier. A batch is C::kFlight vectors, to hide the latency of
-// a round, then single vectors; blocks short of a vector go to the AES-NI kernel. A batch is loaded as a
-// whole before any of it is stored, so in and out may be the same buffer.
+// a round, then single vectors; blocks short of a vector, and the serial modes, are for the kernel of blocks.
+// A batch is loaded as a whole before any of it is stored, so in and out may be the same buffer.
 //
 // In the serial modes the latency of the rounds is all there is: the last round key, the first one of the
 // next block and the data are added up beside the rounds and go in with the last round.
@@ -28,7 +28,7 @@
 #define FUNDO_AES_INLINE FUNDO_AES_TARGET inline __attribute__((always_inline))
 
 #include <cstdint>
-#include <cstring>
+#include <utility>
 
 #include "Utils/Aes/Kernel.h"
 
@@ -58,6 +58,11 @@ constexpr Shape shapeOf(Operation operation) {
     }
 }
 
+constexpr bool isSerial(Operation operation) {
+    return operation == kCbcEncrypt || operation == kCfb128Encrypt || operation == kCfb8Encrypt ||
+           operation == kCfb8Decrypt;
+}
+
 // Rounds 1 to the last on blocks that have the first round key in them; last goes in with the last round.
 template <class C, bool Inverse, std::size_t N>
 FUNDO_AES_INLINE void rounds(const Schedule& schedule, typename C::Vec (&x)[N], const typename C::Vec& last) {
@@ -76,6 +81,15 @@ FUNDO_AES_INLINE void cipher(const Schedule& schedule, typename C::Vec (&x)[N]) 
     for (std::size_t i = 0; i < N; ++i)
         x[i] = C::mix(x[i], first);
     rounds<C, Inverse>(schedule, x, C::key(schedule, schedule.rounds));
+}
+
+// What is no work for a vector: a kernel of vectors is chosen only where there is the kernel of blocks.
+template <Operation Op>
+void rest(const Schedule& schedule, const std::uint8_t* in, std::uint8_t* out, std::size_t count,
+          std::uint8_t* chain) {
+#if FUNDO_X86_64
+    kAesNiKernel.run[Op](schedule, in, out, count, chain);
+#endif
 }
 
 // The next N vectors of a parallel mode.
@@ -126,11 +140,7 @@ FUNDO_AES_TARGET void parallel(const Schedule& schedule, const std::uint8_t* in,
         batch<C, Op, 1>(schedule, in, out, last, counter);
     if constexpr (kChains) C::storeLast(chain, last);
     if constexpr (kCounts) C::storeCounter(chain, counter);
-#if FUNDO_X86_64
-    if constexpr (C::kBlocks > 1) {
-        if (count != 0) kAesNiKernel.run[Op](schedule, in, out, count, chain);
-    }
-#endif
+    if (count != 0) rest<Op>(schedule, in, out, count, chain);
 }
 
 // CBC and CFB128 encryption: state is the last cipher text with the first round key in it.
@@ -185,13 +195,26 @@ FUNDO_AES_TARGET void bytewise(const Schedule& schedule, const std::uint8_t* in,
     C::store(chain, window);
 }
 
-// All operations of a kernel of single blocks.
+template <class C, Operation Op>
+constexpr Run operationOf() {
+    if constexpr (C::kBlocks > 1 && isSerial(Op))
+        return rest<Op>;
+    else if constexpr (Op == kCbcEncrypt || Op == kCfb128Encrypt)
+        return serial<C, Op>;
+    else if constexpr (Op == kCfb8Encrypt || Op == kCfb8Decrypt)
+        return bytewise<C, Op == kCfb8Encrypt>;
+    else
+        return parallel<C, Op>;
+}
+
+template <class C, std::size_t... Op>
+constexpr Kernel makeKernel(const char* name, std::index_sequence<Op...>) {
+    return {name, {operationOf<C, static_cast<Operation>(Op)>()...}};
+}
+
 template <class C>
 constexpr Kernel makeKernel(const char* name) {
-    return {name,
-            {parallel<C, kEcbEncrypt>, parallel<C, kEcbDecrypt>, serial<C, kCbcEncrypt>,
-             parallel<C, kCbcDecrypt>, serial<C, kCfb128Encrypt>, parallel<C, kCfb128Decrypt>,
-             bytewise<C, true>, bytewise<C, false>, parallel<C, kCtr>}};
+    return makeKernel<C>(name, std::make_index_sequence<kOperations>());
 }
 
 }  // namespace

@@ -90,6 +90,6 @@ struct Portable {
 
 }  // namespace
 
-const Kernel kPortableKernel = makeKernel<Portable>("portable");
+constexpr Kernel kPortableKernel = makeKernel<Portable>("portable");
 
 }  // namespace Tovra::Utils::AES
