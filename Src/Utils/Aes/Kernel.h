@@ -39,7 +39,8 @@ enum Operation : std::size_t {
 };
 
 // count is in blocks, in CFB8 in bytes. chain is 16 bytes: the last cipher text or, in kCtr, the counter; ECB
-// ignores it. The low 64 bits of a counter do not wrap before the last of the count.
+// ignores it. A counter is left with its low 64 bits advanced; they do not wrap before the last of the count,
+// and a carry is the caller's.
 using Run = void (*)(const Schedule& schedule, const std::uint8_t* in, std::uint8_t* out, std::size_t count,
                      std::uint8_t* chain);
 

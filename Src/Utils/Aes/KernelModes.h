@@ -63,14 +63,24 @@ constexpr bool isSerial(Operation operation) {
            operation == kCfb8Decrypt;
 }
 
-// Rounds 1 to the last on blocks that have the first round key in them; last goes in with the last round.
+template <class C, bool Inverse, std::size_t N>
+FUNDO_AES_INLINE void oneRound(const Schedule& schedule, typename C::Vec (&x)[N], int round) {
+    const typename C::Vec key = C::key(schedule, round);
+    for (std::size_t i = 0; i < N; ++i)
+        x[i] = C::template round<Inverse>(x[i], key);
+}
+
+// Rounds 1 to the last on blocks that have the first round key in them; last goes in with the last round. The
+// nine rounds that every key length has are laid out in a row where a round is an instruction.
 template <class C, bool Inverse, std::size_t N>
 FUNDO_AES_INLINE void rounds(const Schedule& schedule, typename C::Vec (&x)[N], const typename C::Vec& last) {
-    for (int round = 1; round < schedule.rounds; ++round) {
-        const typename C::Vec key = C::key(schedule, round);
-        for (std::size_t i = 0; i < N; ++i)
-            x[i] = C::template round<Inverse>(x[i], key);
+    int round = 1;
+    if constexpr (C::kInRow) {
+        for (; round < 10; ++round)
+            oneRound<C, Inverse>(schedule, x, round);
     }
+    for (; round < schedule.rounds; ++round)
+        oneRound<C, Inverse>(schedule, x, round);
     for (std::size_t i = 0; i < N; ++i)
         x[i] = C::template lastRound<Inverse>(x[i], last);
 }
@@ -143,24 +153,29 @@ FUNDO_AES_TARGET void parallel(const Schedule& schedule, const std::uint8_t* in,
     if (count != 0) rest<Op>(schedule, in, out, count, chain);
 }
 
-// CBC and CFB128 encryption: state is the last cipher text with the first round key in it.
+// CBC and CFB128 encryption: the cipher text of a block goes into the next one with the first round key, in
+// CBC also with the data to come. State is that sum; what was mixed in comes off again on the way out.
 template <class C, Operation Op>
 FUNDO_AES_TARGET void serial(const Schedule& schedule, const std::uint8_t* in, std::uint8_t* out,
                              std::size_t count, std::uint8_t* chain) {
+    if (count == 0) return;
     const typename C::Vec first = C::key(schedule, 0);
     const typename C::Vec fold = C::mix(C::key(schedule, schedule.rounds), first);
+    typename C::Vec data = C::load(in);
     typename C::Vec state[1] = {C::mix(C::load(chain), first)};
-    for (; count != 0; --count, in += kBlockSize, out += kBlockSize) {
-        const typename C::Vec data = C::load(in);
-        if constexpr (Op == kCbcEncrypt) {
-            state[0] = C::mix(state[0], data);
-            rounds<C, false>(schedule, state, fold);
-        } else {
-            rounds<C, false>(schedule, state, C::mix(fold, data));
-        }
-        C::store(out, C::mix(state[0], first));
+    if constexpr (Op == kCbcEncrypt) state[0] = C::mix(state[0], data);
+    for (; count > 1; --count, out += kBlockSize) {
+        in += kBlockSize;
+        const typename C::Vec next = C::load(in);
+        const typename C::Vec ahead = Op == kCbcEncrypt ? next : data;
+        rounds<C, false>(schedule, state, C::mix(fold, ahead));
+        C::store(out, C::mix(state[0], Op == kCbcEncrypt ? C::mix(first, ahead) : first));
+        data = next;
     }
-    C::store(chain, C::mix(state[0], first));
+    rounds<C, false>(schedule, state, Op == kCbcEncrypt ? fold : C::mix(fold, data));
+    const typename C::Vec last = C::mix(state[0], first);
+    C::store(out, last);
+    C::store(chain, last);
 }
 
 // The next N bytes of CFB8; window is the last 16 bytes of cipher text. Decryption knows all windows before.

@@ -10,6 +10,7 @@ namespace {
 struct Portable {
     static constexpr std::size_t kBlocks = 1;
     static constexpr std::size_t kFlight = 2;
+    static constexpr bool kInRow = false;
 
     struct Vec {
         std::uint32_t w[4];  // the columns, first byte lowest
@@ -71,9 +72,8 @@ struct Portable {
         return {counter.high, counter.low + n};
     }
     static FUNDO_AES_INLINE Vec counterBlocks(const Counter& counter, std::size_t i) {
-        std::uint8_t bytes[kBlockSize];
-        storeCounter(bytes, advanced(counter, i));
-        return load(bytes);
+        const Counter c = advanced(counter, i);
+        return {{column(c.high >> 32), column(c.high), column(c.low >> 32), column(c.low)}};
     }
 
     static FUNDO_AES_INLINE Vec fromByte(std::uint8_t byte) { return {{byte, 0, 0, 0}}; }
@@ -85,6 +85,12 @@ struct Portable {
         for (std::size_t i = 0; i < 4; ++i)
             y.w[i] = window.w[i] >> 8 | next[i] << 24;
         return y;
+    }
+
+private:
+    // The four big-endian bytes of the lower half of x.
+    static FUNDO_AES_INLINE std::uint32_t column(std::uint64_t x) {
+        return __builtin_bswap32(static_cast<std::uint32_t>(x));
     }
 };
 

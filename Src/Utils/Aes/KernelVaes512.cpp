@@ -25,7 +25,7 @@ struct Lane512 {
     static FUNDO_AES_INLINE Vec broadcast(__m128i block) {
         return _mm512_maskz_broadcast_i32x4(0xffff, block);
     }
-    static FUNDO_AES_INLINE __m128i firstBlock(Vec x) { return _mm512_castsi512_si128(x); }
+    static FUNDO_AES_INLINE __m128i firstBlock(Vec x) { return _mm512_maskz_extracti32x4_epi32(0xf, x, 0); }
     static FUNDO_AES_INLINE __m128i lastBlock(Vec x) { return _mm512_maskz_extracti32x4_epi32(0xf, x, 3); }
     static FUNDO_AES_INLINE Vec indices() { return _mm512_set_epi64(0, 3, 0, 2, 0, 1, 0, 0); }
     static FUNDO_AES_INLINE Vec shiftIn(Vec last, Vec data) {

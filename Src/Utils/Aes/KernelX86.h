@@ -15,6 +15,7 @@ template <class L>
 struct X86 : L {
     using Vec = typename L::Vec;
     using Counter = Vec;
+    static constexpr bool kInRow = true;
 
     static FUNDO_AES_INLINE Vec key(const Schedule& schedule, int round) {
         return L::broadcast(block(schedule.key(round)));

@@ -10,6 +10,9 @@ namespace {
 
 constexpr int kEncrypting = 1;
 
+// Kept out of line: inlined, the ends of a stream cost calls of whole blocks their registers.
+#define FUNDO_RARE __attribute__((noinline))
+
 // blocks tells how many do not wait for one another.
 void run(const aes_context* ctx, Operation operation, size_t blocks, const unsigned char* in,
          unsigned char* out, size_t count, unsigned char* chain) {
@@ -18,23 +21,35 @@ void run(const aes_context* ctx, Operation operation, size_t blocks, const unsig
 
 bool isWhole(size_t length) { return length % kBlockSize == 0; }
 
+void mixBlock(unsigned char* block, const unsigned char* other) {
+    std::uint64_t x[2], y[2];
+    std::memcpy(x, block, kBlockSize);
+    std::memcpy(y, other, kBlockSize);
+    for (size_t i = 0; i < 2; ++i)
+        x[i] ^= y[i];
+    std::memcpy(block, x, kBlockSize);
+}
+
 // A mode of any length over blocks. n bytes of the current block are used up when a call begins: it ends the
 // block, passes whole blocks on and begins another.
 template <class Mode>
 int stream(Mode&& mode, size_t length, size_t* offset, const unsigned char* in, unsigned char* out) {
-    size_t n = *offset;
-    const size_t head = n == 0 ? 0 : std::min(length, kBlockSize - n);
-    mode.bytes(n, in, out, head);
-    n = (n + head) % kBlockSize;
-    const size_t whole = (length - head) / kBlockSize;
-    if (whole != 0) mode.blocks(in + head, out + head, whole);
-    const size_t done = head + whole * kBlockSize;
-    if (done != length) {
-        mode.nextBlock();
-        mode.bytes(0, in + done, out + done, length - done);
-        n = length - done;
+    if (*offset != 0 && length != 0) {
+        const size_t head = std::min(length, kBlockSize - *offset);
+        mode.bytes(*offset, in, out, head);
+        *offset = (*offset + head) % kBlockSize;
+        in += head;
+        out += head;
+        length -= head;
     }
-    *offset = n;
+    const size_t whole = length / kBlockSize;
+    if (whole != 0) mode.blocks(in, out, whole);
+    const size_t tail = length % kBlockSize;
+    if (tail != 0) {
+        mode.nextBlock();
+        mode.bytes(0, in + whole * kBlockSize, out + whole * kBlockSize, tail);
+        *offset = tail;
+    }
     return 0;
 }
 
@@ -43,8 +58,8 @@ struct Cfb128 {
     bool encrypting;
     unsigned char* iv;
 
-    void nextBlock() { run(ctx, kEcbEncrypt, 1, iv, iv, 1, nullptr); }
-    void bytes(size_t n, const unsigned char* in, unsigned char* out, size_t length) {
+    FUNDO_RARE void nextBlock() { run(ctx, kEcbEncrypt, 1, iv, iv, 1, nullptr); }
+    FUNDO_RARE void bytes(size_t n, const unsigned char* in, unsigned char* out, size_t length) {
         for (size_t i = 0; i < length; ++i) {
             const unsigned char before = in[i];
             out[i] = before ^ iv[n + i];
@@ -62,34 +77,35 @@ struct Ctr {
     unsigned char* counter;
     unsigned char* streamBlock;
 
-    // The next so many counters, at least one, without a carry into the upper half before the last of them.
-    template <class Use>
-    size_t take(size_t count, Use use) {
+    // Mixes in the key stream of as many counters, at least one, as come before the next carry into the upper
+    // half. The low half is the kernel's to store: half a store would hold up the next load of the whole.
+    size_t untilCarry(const unsigned char* in, unsigned char* out, size_t count) {
         const std::uint64_t low = loadBigEndian(counter + 8);
-        if (low != 0) count = static_cast<size_t>(std::min<std::uint64_t>(count, 0 - low));
-        use(count);
-        storeBigEndian(counter + 8, low + count);
+        count = static_cast<size_t>(std::min<std::uint64_t>(count - 1, ~low)) + 1;
+        run(ctx, kCtr, count, in, out, count, counter);
         if (low + count == 0) storeBigEndian(counter, loadBigEndian(counter) + 1);
         return count;
     }
 
-    void nextBlock() {
-        take(1, [this](size_t) { run(ctx, kEcbEncrypt, 1, counter, streamBlock, 1, nullptr); });
+    // The next carry is 2^64 blocks away.
+    FUNDO_RARE void afterCarry(const unsigned char* in, unsigned char* out, size_t count) {
+        untilCarry(in, out, count);
     }
-    void bytes(size_t n, const unsigned char* in, unsigned char* out, size_t length) {
+
+    FUNDO_RARE void nextBlock() {
+        std::memset(streamBlock, 0, kBlockSize);
+        untilCarry(streamBlock, streamBlock, 1);
+    }
+    FUNDO_RARE void bytes(size_t n, const unsigned char* in, unsigned char* out, size_t length) {
         for (size_t i = 0; i < length; ++i)
             out[i] = in[i] ^ streamBlock[n + i];
     }
     void blocks(const unsigned char* in, unsigned char* out, size_t count) {
         const size_t last = (count - 1) * kBlockSize;
         std::memcpy(streamBlock, in + last, kBlockSize);
-        for (size_t done = 0; done < count;) {
-            done += take(count - done, [&](size_t part) {
-                run(ctx, kCtr, part, in + done * kBlockSize, out + done * kBlockSize, part, counter);
-            });
-        }
-        for (size_t i = 0; i < kBlockSize; ++i)
-            streamBlock[i] ^= out[last + i];
+        const size_t done = untilCarry(in, out, count);
+        if (done != count) afterCarry(in + done * kBlockSize, out + done * kBlockSize, count - done);
+        mixBlock(streamBlock, out + last);
     }
 };
 

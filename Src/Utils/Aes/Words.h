@@ -1,4 +1,5 @@
-// Words in memory, whatever the byte order of the machine; compilers make each a single move.
+// Words in memory, whatever the byte order of the machine. Not composed of bytes, since compilers do not make
+// a single move of that everywhere.
 #pragma once
 
 #include <cstddef>
@@ -7,26 +8,28 @@
 
 namespace Tovra::Utils::AES {
 
+inline constexpr bool kLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+
 inline std::uint32_t loadWord(const std::uint8_t* p) {
-    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
-           std::uint32_t{p[3]} << 24;
+    std::uint32_t x;
+    std::memcpy(&x, p, sizeof x);
+    return kLittleEndian ? x : __builtin_bswap32(x);
 }
 
 inline void storeWord(std::uint8_t* p, std::uint32_t x) {
-    for (unsigned i = 0; i < 4; ++i)
-        p[i] = static_cast<std::uint8_t>(x >> (8 * i));
+    if (!kLittleEndian) x = __builtin_bswap32(x);
+    std::memcpy(p, &x, sizeof x);
 }
 
 inline std::uint64_t loadBigEndian(const std::uint8_t* p) {
-    std::uint64_t x = 0;
-    for (unsigned i = 0; i < 8; ++i)
-        x = x << 8 | p[i];
-    return x;
+    std::uint64_t x;
+    std::memcpy(&x, p, sizeof x);
+    return kLittleEndian ? __builtin_bswap64(x) : x;
 }
 
 inline void storeBigEndian(std::uint8_t* p, std::uint64_t x) {
-    for (unsigned i = 0; i < 8; ++i)
-        p[i] = static_cast<std::uint8_t>(x >> (56 - 8 * i));
+    if (kLittleEndian) x = __builtin_bswap64(x);
+    std::memcpy(p, &x, sizeof x);
 }
 
 }  // namespace Tovra::Utils::AES
