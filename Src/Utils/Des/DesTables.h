@@ -9,7 +9,7 @@ namespace Tovra::Utils::Des {
 constexpr size_t kBoxes = 8;
 constexpr size_t kRounds = 16;
 
-constexpr uint8_t kBox[kBoxes][64] = {
+inline constexpr uint8_t kBox[kBoxes][64] = {
     {14, 4,  13, 1, 2,  15, 11, 8, 3, 10, 6, 12, 5,  9,  0,  7,  0,  15, 7,  4,  14, 2,
      13, 1,  10, 6, 12, 11, 9,  5, 3, 8,  4, 1,  14, 8,  13, 6,  2,  11, 15, 12, 9,  7,
      3,  10, 5,  0, 15, 12, 8,  2, 4, 9,  1, 7,  5,  11, 3,  14, 10, 0,  6,  13},
@@ -36,16 +36,18 @@ constexpr uint8_t kBox[kBoxes][64] = {
      15, 3, 5,  8, 2, 1,  14, 7,  4,  10, 8, 13, 15, 12, 9,  0,  3,  5,  6,  11}};
 
 // Where each bit of a permutation's output comes from.
-constexpr uint8_t kBoxPermutation[32] = {16, 7, 20, 21, 29, 12, 28, 17, 1,  15, 23, 26, 5,  18, 31, 10,
-                                         2,  8, 24, 14, 32, 27, 3,  9,  19, 13, 30, 6,  22, 11, 4,  25};
-constexpr uint8_t pc1[56] = {57, 49, 41, 33, 25, 17, 9,  1,  58, 50, 42, 34, 26, 18, 10, 2,  59, 51, 43,
-                             35, 27, 19, 11, 3,  60, 52, 44, 36, 63, 55, 47, 39, 31, 23, 15, 7,  62, 54,
-                             46, 38, 30, 22, 14, 6,  61, 53, 45, 37, 29, 21, 13, 5,  28, 20, 12, 4};
-constexpr uint8_t pc2[48] = {14, 17, 11, 24, 1,  5,  3,  28, 15, 6,  21, 10, 23, 19, 12, 4,
-                             26, 8,  16, 7,  27, 20, 13, 2,  41, 52, 31, 37, 47, 55, 30, 40,
-                             51, 45, 33, 48, 44, 49, 39, 56, 34, 53, 46, 42, 50, 36, 29, 32};
+inline constexpr uint8_t kBoxPermutation[32] = {16, 7, 20, 21, 29, 12, 28, 17, 1,  15, 23,
+                                                26, 5, 18, 31, 10, 2,  8,  24, 14, 32, 27,
+                                                3,  9, 19, 13, 30, 6,  22, 11, 4,  25};
+inline constexpr uint8_t pc1[56] = {57, 49, 41, 33, 25, 17, 9,  1,  58, 50, 42, 34, 26, 18,
+                                    10, 2,  59, 51, 43, 35, 27, 19, 11, 3,  60, 52, 44, 36,
+                                    63, 55, 47, 39, 31, 23, 15, 7,  62, 54, 46, 38, 30, 22,
+                                    14, 6,  61, 53, 45, 37, 29, 21, 13, 5,  28, 20, 12, 4};
+inline constexpr uint8_t pc2[48] = {14, 17, 11, 24, 1,  5,  3,  28, 15, 6,  21, 10, 23, 19, 12, 4,
+                                    26, 8,  16, 7,  27, 20, 13, 2,  41, 52, 31, 37, 47, 55, 30, 40,
+                                    51, 45, 33, 48, 44, 49, 39, 56, 34, 53, 46, 42, 50, 36, 29, 32};
 // By how many places the halves of the key are turned in a round, all told.
-constexpr uint8_t totrot[kRounds] = {1, 2, 4, 6, 8, 10, 12, 14, 15, 17, 19, 21, 23, 25, 27, 28};
+inline constexpr uint8_t totrot[kRounds] = {1, 2, 4, 6, 8, 10, 12, 14, 15, 17, 19, 21, 23, 25, 27, 28};
 
 // An S-box and the permutation behind it in one look-up. The words of a block stand turned left by one place
 // during the rounds, so the results do too.
@@ -71,7 +73,7 @@ constexpr BoxTables makeBoxTables() {
     }
     return tables;
 }
-constexpr BoxTables SP = makeBoxTables();
+inline constexpr BoxTables SP = makeBoxTables();
 
 // The round keys are linear in the key: those of a key are the XOR of those of its bits. The tables hold them
 // by half bytes of the key, so that a key schedule is the XOR of sixteen entries. An entry has 64 bits a
