@@ -4,7 +4,7 @@
 // a block is therefore its polynomial mirrored; the carry-less product of two mirrored numbers is the
 // mirrored product one place too low, and is reduced from its low half upwards.
 #include "Utils/Aes.h"
-#include "Utils/Aes/Words.h"
+#include "Utils/ByteOrder.h"
 #include "Utils/CpuFeatures.h"
 
 #if FUNDO_X86_64
@@ -56,8 +56,8 @@ Wide folded(Wide x) { return x ^ shiftedRight(x, 1) ^ shiftedRight(x, 2) ^ shift
 
 void aesni_gcm_mult(unsigned char c[16], const unsigned char a[16], const unsigned char b[16]) {
     const Multiply times = multiply();
-    const Wide x{loadBigEndian(a), loadBigEndian(a + 8)};
-    const Wide y{loadBigEndian(b), loadBigEndian(b + 8)};
+    const Wide x{loadBig64(a), loadBig64(a + 8)};
+    const Wide y{loadBig64(b), loadBig64(b + 8)};
     Wide high = times(x.high, y.high);
     Wide low = times(x.low, y.low);
     const Wide middle = times(x.high, y.low) ^ times(x.low, y.high);
@@ -69,8 +69,8 @@ void aesni_gcm_mult(unsigned char c[16], const unsigned char a[16], const unsign
     // What falls off the upper word of the low half comes back into its lower one first.
     low.high ^= low.low << 63 ^ low.low << 62 ^ low.low << 57;
     const Wide result = high ^ folded(low);
-    storeBigEndian(c, result.high);
-    storeBigEndian(c + 8, result.low);
+    storeBig64(c, result.high);
+    storeBig64(c + 8, result.low);
 }
 
 }  // namespace Tovra::Utils::AES

@@ -2,7 +2,7 @@
 #define FUNDO_AES_TARGET
 #include "Utils/Aes/KernelModes.h"
 #include "Utils/Aes/Tables.h"
-#include "Utils/Aes/Words.h"
+#include "Utils/ByteOrder.h"
 
 namespace Tovra::Utils::AES {
 namespace {
@@ -20,11 +20,11 @@ struct Portable {
     };
 
     static FUNDO_AES_INLINE Vec load(const std::uint8_t* p) {
-        return {{loadWord(p), loadWord(p + 4), loadWord(p + 8), loadWord(p + 12)}};
+        return {{loadLittle32(p), loadLittle32(p + 4), loadLittle32(p + 8), loadLittle32(p + 12)}};
     }
     static FUNDO_AES_INLINE void store(std::uint8_t* p, const Vec& x) {
         for (std::size_t i = 0; i < 4; ++i)
-            storeWord(p + 4 * i, x.w[i]);
+            storeLittle32(p + 4 * i, x.w[i]);
     }
     static FUNDO_AES_INLINE Vec key(const Schedule& schedule, int round) { return load(schedule.key(round)); }
     static FUNDO_AES_INLINE Vec mix(const Vec& a, const Vec& b) {
@@ -62,11 +62,11 @@ struct Portable {
     static FUNDO_AES_INLINE Vec shiftIn(const Vec& last, const Vec&) { return last; }
 
     static FUNDO_AES_INLINE Counter loadCounter(const std::uint8_t* chain) {
-        return {loadBigEndian(chain), loadBigEndian(chain + 8)};
+        return {loadBig64(chain), loadBig64(chain + 8)};
     }
     static FUNDO_AES_INLINE void storeCounter(std::uint8_t* chain, const Counter& counter) {
-        storeBigEndian(chain, counter.high);
-        storeBigEndian(chain + 8, counter.low);
+        storeBig64(chain, counter.high);
+        storeBig64(chain + 8, counter.low);
     }
     static FUNDO_AES_INLINE Counter advanced(const Counter& counter, std::size_t n) {
         return {counter.high, counter.low + n};

@@ -6,7 +6,7 @@
 
 #include "Utils/Aes.h"
 #include "Utils/Aes/Tables.h"
-#include "Utils/Aes/Words.h"
+#include "Utils/ByteOrder.h"
 #include "Utils/CpuFeatures.h"
 #include "Utils/Wipe.h"
 
@@ -26,7 +26,7 @@ void unmixPortable(std::uint8_t* out, const std::uint8_t* in) {
         std::uint32_t column = 0;
         for (unsigned row = 0; row < 4; ++row)
             column ^= kTables.reverseRounds[row][kTables.forward[in[4 * i + row]]];
-        storeWord(out + 4 * i, column);
+        storeLittle32(out + 4 * i, column);
     }
 }
 
@@ -70,7 +70,7 @@ int aesni_setkey_enc(unsigned char* rk, const unsigned char* key, size_t bits) {
     const size_t words = 4 * (static_cast<size_t>(rounds) + 1);
     std::memcpy(rk, key, 4 * keyWords);
     std::uint8_t constant = 1;
-    std::uint32_t word = loadWord(rk + 4 * (keyWords - 1));
+    std::uint32_t word = loadLittle32(rk + 4 * (keyWords - 1));
     for (size_t i = keyWords; i < words; ++i) {
         if (i % keyWords == 0) {
             word = substitute(rotatedLeft(word, 24)) ^ constant;
@@ -78,8 +78,8 @@ int aesni_setkey_enc(unsigned char* rk, const unsigned char* key, size_t bits) {
         } else if (keyWords == 8 && i % 8 == 4) {
             word = substitute(word);
         }
-        word ^= loadWord(rk + 4 * (i - keyWords));
-        storeWord(rk + 4 * i, word);
+        word ^= loadLittle32(rk + 4 * (i - keyWords));
+        storeLittle32(rk + 4 * i, word);
     }
     return 0;
 }

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "Utils/Aes/Kernel.h"
-#include "Utils/Aes/Words.h"
+#include "Utils/ByteOrder.h"
 
 namespace Tovra::Utils::AES {
 namespace {
@@ -80,10 +80,10 @@ struct Ctr {
     // Mixes in the key stream of as many counters, at least one, as come before the next carry into the upper
     // half. The low half is the kernel's to store: half a store would hold up the next load of the whole.
     size_t untilCarry(const unsigned char* in, unsigned char* out, size_t count) {
-        const std::uint64_t low = loadBigEndian(counter + 8);
+        const std::uint64_t low = loadBig64(counter + 8);
         count = static_cast<size_t>(std::min<std::uint64_t>(count - 1, ~low)) + 1;
         run(ctx, kCtr, count, in, out, count, counter);
-        if (low + count == 0) storeBigEndian(counter, loadBigEndian(counter) + 1);
+        if (low + count == 0) storeBig64(counter, loadBig64(counter) + 1);
         return count;
     }
 
