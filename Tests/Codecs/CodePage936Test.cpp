@@ -111,8 +111,8 @@ TEST(CodePage936, AnUnassignedPairStepsBackUntilTheUnitsAreFull) {
     EXPECT_EQ(toUnits("ab\x81 c", 7, 7), (Units{'a', 'b', 0, 'b', 0, 'b', 0}));
     // The byte before is the second of a pair, and as a lead byte makes another pair with the bad one.
     EXPECT_EQ(toUnits("\xd6\xd0\x81\x20", 3, 3), (Units{0x4e2d, 0, toUnits("\xd0\x81", 1, 1)[0]}));
-    // There is nothing before the first.
-    EXPECT_EQ(toUnits("\x81\x20", 4, 4), Units(4, 0));
+    // There is nothing before the first: an inaccessible page, if the buffer is a page.
+    EXPECT_EQ(toUnits("\x81\x20" + std::string(4093, 'a'), 4, 4), Units(4, 0));
 }
 
 TEST(CodePage936, UnitsToTextFillTheRoomAndOneByteMore) {

@@ -258,6 +258,14 @@ TEST(Utf8Strings, TheLimitOfBytesCountsLongSequencesAlone) {
     EXPECT_EQ(encoded(3), "a\xe4\xb8\xad");
     EXPECT_EQ(encoded(2), "ab");
     EXPECT_EQ(encoded(0), "");
+    // Units that use the limit up need no terminator.
+    for (const size_t count : {5, 16}) {
+        const Tests::CGuardedBuffer src(2 * count), dst(3 * count);
+        std::memcpy(src.data(), Units(count, 0x4e2d).data(), src.size());
+        EXPECT_EQ(utf8_wcstombs(dst.data(), reinterpret_cast<unsigned short*>(src.data()),
+                                static_cast<int>(dst.size())),
+                  static_cast<int>(dst.size()));
+    }
     Units none(1, 0x5a5a);
     EXPECT_EQ(utf8_mbstowcs(none.data(), bytes("abc"), 0), 0);
     EXPECT_EQ(utf8_mbstowcs(none.data(), bytes("abc"), -1), 0);
