@@ -215,7 +215,7 @@ void fromCp1251(std::string& src, std::string& dst) {
 }
 
 const bool s_registered = [] {
-    for (const size_t kib : {1, 64}) {
+    for (const size_t kib : {size_t{1}, size_t{64}}) {
         const std::string tail = "/" + std::to_string(kib) + "KiB";
         const size_t size = kib * 1024;
         decode("ascii" + tail, kEnglish, size);

@@ -259,7 +259,7 @@ TEST(Utf8Strings, TheLimitOfBytesCountsLongSequencesAlone) {
     EXPECT_EQ(encoded(2), "ab");
     EXPECT_EQ(encoded(0), "");
     // Units that use the limit up need no terminator.
-    for (const size_t count : {5, 16}) {
+    for (const size_t count : {size_t{5}, size_t{16}}) {
         const Tests::CGuardedBuffer src(2 * count), dst(3 * count);
         std::memcpy(src.data(), Units(count, 0x4e2d).data(), src.size());
         EXPECT_EQ(utf8_wcstombs(dst.data(), reinterpret_cast<unsigned short*>(src.data()),
