@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the charts of the code pages into Src/Utils/Charsets, from Python's codecs.
+"""Writes the charts of the code pages into Src/Utils/Unicode/Charts, from Python's codecs.
 
 The written files are checked in, so that a build needs no Python. Only what cannot be derived is written:
 the upper halves of the single-byte charsets, the pairs of code page 936, and the 32 places in which code
@@ -11,7 +11,7 @@ page 1252 differs from Latin-1. The compiler derives the way back.
 import pathlib
 import sys
 
-FOLDER = pathlib.Path(__file__).resolve().parent.parent / "Src" / "Utils" / "Charsets"
+FOLDER = pathlib.Path(__file__).resolve().parent.parent / "Src" / "Utils" / "Unicode" / "Charts"
 SINGLE_BYTE = ["cp1250", "cp1251", "cp862", "cp874"]
 SINGLE_BYTE += [f"iso8859_{part}" for part in (1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 13, 14, 15, 16)]
 HEADING = "// Written by Tools/generate_charsets.py; do not edit.\n"

@@ -1,13 +1,13 @@
 // Code page 1252, the one single-byte charset with values of all widths on the way back.
 #include "Utils/Unicode.h"
-#include "Utils/Utf8Forms.h"
+#include "Utils/Unicode/Utf8Forms.h"
 
 namespace Tovra::Utils {
 
 namespace {
 
 constexpr unsigned short s_places80To9f[32] = {
-#include "Utils/Charsets/CodePage1252.inc"
+#include "Utils/Unicode/Charts/CodePage1252.inc"
 };
 
 constexpr bool isPlaced(uint32_t byte) { return byte >= 0x80 && byte < 0xa0; }

@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "Utils/Unicode.h"
-#include "Utils/UnicodeRuns.h"
-#include "Utils/UnicodeStrings.h"
+#include "Utils/Unicode/Runs.h"
+#include "Utils/Unicode/Strings.h"
 
 namespace Tovra::Utils {
 
@@ -17,7 +17,7 @@ constexpr unsigned short kEuro = 0x20ac;
 
 // The terminator of a row stands for the second byte 0xFF, which no pair has.
 constexpr char16_t s_charset2uni[kLeads][kSeconds] = {
-#include "Utils/Charsets/CodePage936.inc"
+#include "Utils/Unicode/Charts/CodePage936.inc"
 };
 
 constexpr bool isLead(unsigned byte) { return byte - kFirstLead < kLeads; }

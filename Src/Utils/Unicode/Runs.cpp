@@ -5,7 +5,7 @@
 //     1110aaaa 10bbbbbb 10cccccc   <->   00000000 1110aaaa 10bbbbbb 10cccccc   <->   aaaabbbb bbcccccc
 //
 // four lanes, that is twelve bytes of text, at a time.
-#include "Utils/UnicodeRuns.h"
+#include "Utils/Unicode/Runs.h"
 
 #include "Utils/CpuFeatures.h"
 

@@ -1,11 +1,11 @@
-// One character at a time; whole texts are in UnicodeStrings.
+// One character at a time; whole texts are in Strings.cpp.
 #include "Utils/Unicode.h"
 
 #include <cstring>
 
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/Report.h"
-#include "Utils/Utf8Forms.h"
+#include "Utils/Unicode/Utf8Forms.h"
 
 namespace Tovra::Utils {
 

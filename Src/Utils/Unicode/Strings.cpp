@@ -1,11 +1,11 @@
 // Texts between UTF-8 and units: runs by vectors, what lies between them by single characters.
-#include "Utils/UnicodeStrings.h"
+#include "Utils/Unicode/Strings.h"
 
 #include <cstring>
 
 #include "Utils/Unicode.h"
-#include "Utils/UnicodeRuns.h"
-#include "Utils/Utf8Forms.h"
+#include "Utils/Unicode/Runs.h"
+#include "Utils/Unicode/Utf8Forms.h"
 
 namespace Tovra::Utils {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "Utils/Unicode.h"
-#include "Utils/Utf8Forms.h"
+#include "Utils/Unicode/Utf8Forms.h"
 
 namespace Tovra::Utils {
 
@@ -151,6 +151,6 @@ int char_to_utf8(unsigned char* dst, int& dstLen, const unsigned char* src, int&
         return textToUtf8(s_##X.utf8, dst, dstLen, src, srcLen);                                             \
     }
 
-#include "Utils/Charsets/SingleByte.inc"
+#include "Utils/Unicode/Charts/SingleByte.inc"
 
 }  // namespace Tovra::Utils

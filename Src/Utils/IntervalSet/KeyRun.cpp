@@ -1,4 +1,4 @@
-#include "Utils/KeyRun.h"
+#include "Utils/IntervalSet/KeyRun.h"
 
 #include <algorithm>
 

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "Fundo3/Report.h"
-#include "Utils/KeyRun.h"
+#include "Utils/IntervalSet/KeyRun.h"
 
 namespace Tovra::Utils {
 
