@@ -13,15 +13,9 @@
 // With a log file, the log rolls at 64 KiB and keeps three archives, which are listed at the end with the
 // bytes logged by each library.
 
-#include <poll.h>
-#include <signal.h>
-#include <sys/signalfd.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <deque>
 #include <iterator>
 #include <sstream>
@@ -38,6 +32,7 @@
 #include "Fundo/Fundo3/Timer.h"
 #include "Fundo/Fundo3/TimerManager.h"
 #include "Proc.h"
+#include "Support/Console.h"
 
 using namespace Tovra::Fundo;
 
@@ -173,15 +168,6 @@ private:
     CTimer m_slowTimer{"SlowWorker"};
 };
 
-// Hands words to the print log's command language.
-void steerLog(std::vector<std::string> words) {
-    std::vector<char*> arguments;
-    for (std::string& word : words)
-        arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    setLogFilter(static_cast<int>(words.size()), arguments.data());
-}
-
 // Does what a line of the console asks for. @return false to quit
 bool obey(const std::string& line, Monitor& monitor) {
     std::istringstream words(line);
@@ -202,63 +188,6 @@ bool obey(const std::string& line, Monitor& monitor) {
         FUNDO_LOG_WARN(kName, "commands: threads, timers, slow, level N, logfilter ..., quit\n");
     }
     return true;
-}
-
-// Reads commands until quit, a signal, or the end of the time. The end of standard input ends nothing: a
-// service has none.
-class Console {
-public:
-    Console() {
-        sigset_t ending;
-        sigemptyset(&ending);
-        sigaddset(&ending, SIGINT);
-        sigaddset(&ending, SIGTERM);
-        // Blocked before the first thread is made, so that every thread inherits the mask.
-        pthread_sigmask(SIG_BLOCK, &ending, nullptr);
-        m_sources[0] = {signalfd(-1, &ending, SFD_CLOEXEC), POLLIN, 0};
-        m_sources[1] = {STDIN_FILENO, POLLIN, 0};
-    }
-    ~Console() { close(m_sources[0].fd); }
-
-    void run(Monitor& monitor, int seconds) {
-        const uint64_t end = CTime::getCurrentMilliSecond() + static_cast<uint64_t>(seconds) * 1000;
-        for (;;) {
-            const uint64_t now = CTime::getCurrentMilliSecond();
-            if (seconds > 0 && now >= end) return;
-            const int wait = seconds > 0 ? static_cast<int>(end - now) : -1;
-            if (poll(m_sources, 2, wait) < 0) continue;
-            if (m_sources[0].revents != 0) return;
-            if (m_sources[1].revents != 0 && !readCommands(monitor)) return;
-        }
-    }
-
-private:
-    bool readCommands(Monitor& monitor) {
-        char text[512];
-        const ssize_t count = read(STDIN_FILENO, text, sizeof text);
-        if (count <= 0) {
-            m_sources[1].fd = -1;
-            return true;
-        }
-        m_input.append(text, static_cast<size_t>(count));
-        for (size_t end = m_input.find('\n'); end != std::string::npos; end = m_input.find('\n')) {
-            const std::string line = m_input.substr(0, end);
-            m_input.erase(0, end + 1);
-            if (!obey(line, monitor)) return false;
-        }
-        return true;
-    }
-
-    pollfd m_sources[2];
-    std::string m_input;
-};
-
-// The word behind an option on the command line, or a default.
-const char* option(int argc, char** argv, const char* name, const char* otherwise) {
-    for (int i = 1; i + 1 < argc; ++i) {
-        if (std::strcmp(argv[i], name) == 0) return argv[i + 1];
-    }
-    return otherwise;
 }
 
 void openLog(const std::string& path) {
@@ -285,12 +214,7 @@ void showLog(const std::string& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    PrintOptions options{};
-    options.noColor = isatty(STDOUT_FILENO) == 0;
-    options.noVersion = true;
-    setPrintOptions(options);
-    setPrintLogLevel(4);
-
+    preparePrint();
     Console console;
     CThreadManager::instance()->registerMainThread();
     const std::string log = option(argc, argv, "--log", "");
@@ -298,7 +222,8 @@ int main(int argc, char** argv) {
     const int period = std::atoi(option(argc, argv, "--period", "1000"));
     {
         Monitor monitor(period > 0 ? static_cast<unsigned>(period) : 1000);
-        console.run(monitor, std::atoi(option(argc, argv, "--seconds", "0")));
+        console.run([&](const std::string& line) { return obey(line, monitor); },
+                    std::atoi(option(argc, argv, "--seconds", "0")));
     }
     if (!log.empty()) showLog(log);
     return 0;

@@ -33,6 +33,12 @@ constexpr TextField kTexts[] = {
 
 const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
 
+// A request compares with every listed client, and mostly with empty texts. The copies hold no zero byte.
+bool equal(const std::string& copy, const char* text) {
+    if (text == nullptr) return copy.empty();
+    return copy[0] == text[0] && std::strcmp(copy.c_str(), text) == 0;
+}
+
 }  // namespace
 
 ClientInternal::ClientInternal(const ClassID& classId, const ServerInfo& info, bool byUser)
@@ -72,17 +78,20 @@ bool ClientInternal::saveUserName(const char* name) {
 bool ClientInternal::hasIdentity(const ServerInfo& info) const {
     if (port != info.port || flag1 != info.flag1 || flag2 != info.flag2 || flag3 != info.flag3) return false;
     if (flag4 != (info.flag4 != 0) || value1 != info.value1 || value2 != info.value2) return false;
-    if (currentUserName() != orEmpty(info.userName)) return false;
+    if (!equal(currentUserName(), info.userName)) return false;
     for (const TextField& text : kTexts) {
-        if (text.identity && this->*text.copy != orEmpty(info.*text.source)) return false;
+        if (text.identity && !equal(this->*text.copy, info.*text.source)) return false;
     }
     return true;
 }
 
 // Contract: only the asked-for id is cut at its ".", so a longer class that begins alike matches too.
 bool ClientInternal::hasClass(const ClassID& asked) const {
-    const char* name = orEmpty(asked.name);
-    return clsid.compare(0, std::strcspn(name, "."), name, std::strcspn(name, ".")) == 0;
+    const char* mine = clsid.c_str();
+    for (const char* name = orEmpty(asked.name); *name != '\0' && *name != '.'; ++name, ++mine) {
+        if (*mine != *name) return false;
+    }
+    return true;
 }
 
 void ClientInternal::copyTo(ServerInfo& info) const {

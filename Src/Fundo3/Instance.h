@@ -24,6 +24,9 @@ public:
         return object != nullptr ? object : make(site);
     }
 
+    // Null if nobody has asked for it yet: for the ends of things, which must not begin it.
+    static T* existing() { return s_holder.load(std::memory_order_acquire); }
+
 private:
     static T* make(const Site& site) {
         static Immortal<CMutex> s_mutex;

@@ -31,6 +31,10 @@ void report(int level, const Site& site, const char* format, ...) __attribute__(
 void reportObject(int level, const Site& site, const void* object, const char* format, ...)
     __attribute__((format(printf, 4, 5)));
 
+// The same as a plain line: no source fields, and the module switches do not count.
+void reportPlainObject(int level, const Site& site, const void* object, const char* format, ...)
+    __attribute__((format(printf, 4, 5)));
+
 // Logs behind "[source:line] tid:id, ".
 void reportStatic(int level, const Site& site, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
@@ -49,6 +53,8 @@ void reportStatic(int level, const Site& site, const char* format, ...) __attrib
     FUNDO_REPORT_IF(level, ::Tovra::Fundo::Detail::report(level, FUNDO_SITE, __VA_ARGS__))
 #define FUNDO_REPORT_THIS(level, ...) \
     FUNDO_REPORT_IF(level, ::Tovra::Fundo::Detail::reportObject(level, FUNDO_SITE, this, __VA_ARGS__))
+#define FUNDO_REPORT_PLAIN_THIS(level, ...) \
+    FUNDO_REPORT_IF(level, ::Tovra::Fundo::Detail::reportPlainObject(level, FUNDO_SITE, this, __VA_ARGS__))
 #define FUNDO_REPORT_STATIC(level, ...) \
     FUNDO_REPORT_IF(level, ::Tovra::Fundo::Detail::reportStatic(level, FUNDO_SITE, __VA_ARGS__))
 

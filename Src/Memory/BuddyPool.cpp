@@ -54,9 +54,9 @@ void BuddyPool::allocateRegion(size_t chunkSize) {
 }
 
 void BuddyPool::carve() {
-    m_chunks.resize(m_chunkCount);
+    m_chunks.resize(slot(m_chunkCount));
     for (size_t i = 0; i < m_chunkCount; ++i)
-        m_chunks[i] = {static_cast<int32_t>(i), 0, m_alignedBuffer + (i << m_chunkShift), nullptr, nullptr};
+        *node(i) = {static_cast<int32_t>(i), 0, m_alignedBuffer + (i << m_chunkShift), nullptr, nullptr};
 
     m_freeLists.resize(m_orderCount);
     size_t next = 0;
@@ -64,7 +64,7 @@ void BuddyPool::carve() {
         ChunkNode& head = m_freeLists[order];
         head = {0, static_cast<int32_t>(order) + 1, nullptr, &head, &head};
         if ((m_chunkCount >> order & 1) == 0) continue;
-        insertNode(&m_chunks[next], order);
+        insertNode(node(next), order);
         next += size_t{1} << order;
     }
 }
@@ -112,10 +112,12 @@ BuddyPool::ChunkNode* BuddyPool::take(unsigned order) {
 BuddyPool::ChunkNode* BuddyPool::split(unsigned from, unsigned to) {
     ChunkNode* block = m_freeLists[from].next;
     deleteNode(block);
+    size_t index = static_cast<size_t>(block->index);
     while (from > to) {
         --from;
         insertNode(block, from);
-        block += size_t{1} << from;
+        index += size_t{1} << from;
+        block = node(index);
     }
     block->order = ~static_cast<int32_t>(to);
     return block;
@@ -129,22 +131,26 @@ void BuddyPool::free(void* pointer) {
     const size_t index = static_cast<size_t>(id);
     const MutexGuard guard(m_mutex);
     if (kCatchMisuse) checkAllocated(pointer, index);
-    ASAN_POISON_MEMORY_REGION(pointer, blockSize(static_cast<unsigned>(~m_chunks[index].order)));
+    ASAN_POISON_MEMORY_REGION(pointer, blockSize(static_cast<unsigned>(~node(index)->order)));
     merge(index);
 }
 
 void BuddyPool::merge(size_t index) {
-    unsigned code = static_cast<unsigned>(-m_chunks[index].order);
+    ChunkNode* block = node(index);
+    unsigned code = static_cast<unsigned>(-block->order);
     while (code < m_orderCount) {
         const size_t half = size_t{1} << (code - 1);
-        const size_t buddy = index ^ half;
-        if (buddy >= m_chunkCount || m_chunks[buddy].order != static_cast<int32_t>(code)) break;
-        deleteNode(&m_chunks[buddy]);
-        m_chunks[index].order = 0;
+        const size_t other = index ^ half;
+        if (other >= m_chunkCount) break;
+        ChunkNode* buddy = node(other);
+        if (buddy->order != static_cast<int32_t>(code)) break;
+        deleteNode(buddy);
+        block->order = 0;
+        if (other < index) block = buddy;
         index &= ~half;
         ++code;
     }
-    insertNode(&m_chunks[index], code - 1);
+    insertNode(block, code - 1);
 }
 
 void BuddyPool::insertNode(ChunkNode* node, unsigned order) {
@@ -165,13 +171,13 @@ void BuddyPool::deleteNode(ChunkNode* node) {
     node->order = 0;
 }
 
-void BuddyPool::checkAllocated(const void* pointer, size_t index) const {
+void BuddyPool::checkAllocated(const void* pointer, size_t index) {
     const char* misuse = nullptr;
     if (index >= m_chunkCount) {
         misuse = "pointer above the pool";
-    } else if (m_chunks[index].order > 0) {
+    } else if (node(index)->order > 0) {
         misuse = "block freed twice";
-    } else if (m_chunks[index].order == 0 || m_chunks[index].address != pointer) {
+    } else if (node(index)->order == 0 || node(index)->address != pointer) {
         misuse = "pointer inside a block, or a block freed twice";
     }
     if (misuse == nullptr) return;

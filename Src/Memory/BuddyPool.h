@@ -57,15 +57,20 @@ private:
         ChunkNode* next;
     };
 
+    // A split walks over nodes at distances of powers of two. Side by side in the table they would share a
+    // few cache sets, and large pools would be slow; so the table has gaps that spread them.
+    static size_t slot(size_t index) { return index + (index >> 7) + (index >> 14) + (index >> 21); }
+
     void allocateRegion(size_t chunkSize);
     void carve();
     unsigned orderOf(size_t size) const;
     ChunkNode* take(unsigned order);
     ChunkNode* split(unsigned from, unsigned to);
+    ChunkNode* node(size_t index) { return &m_chunks[slot(index)]; }
     void merge(size_t index);
     void insertNode(ChunkNode* node, unsigned order);
     void deleteNode(ChunkNode* node);
-    void checkAllocated(const void* pointer, size_t index) const;
+    void checkAllocated(const void* pointer, size_t index);
     size_t blockSize(unsigned order) const { return size_t{1} << order << m_chunkShift; }
 
     void* m_pOriginBuffer = nullptr;  // what the operator gave
@@ -74,8 +79,8 @@ private:
     const unsigned m_chunkShift;
     const size_t m_chunkCount;
     unsigned m_orderCount;
-    uint32_t m_filled = 0;  // bit k: list k is not empty
-    std::vector<ChunkNode> m_chunks;
+    uint32_t m_filled = 0;               // bit k: list k is not empty
+    std::vector<ChunkNode> m_chunks;     // by slot()
     std::vector<ChunkNode> m_freeLists;  // heads of circular lists that work as stacks
     Fundo::CMutex m_mutex;
     const CPacketManager::MemoryOperator m_memop;

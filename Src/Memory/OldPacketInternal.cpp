@@ -10,29 +10,21 @@ namespace Tovra::Memory {
 
 static constexpr char kSource[] = "Src/Memory/Packet";
 
-OldPacketInternal::OldPacketInternal(Kind kind, const Bytes& bytes, const Extra& extra)
-    : m_buffer(bytes.data),
-      m_size(static_cast<uint32_t>(bytes.size)),
-      m_capacity(static_cast<uint32_t>(bytes.capacity)),
-      m_extraData(extra.data),
-      // Contract: one byte for the size, whatever the area has.
-      m_extraSize(static_cast<uint8_t>(extra.size)),
-      m_kind(kind) {}
-
 void OldPacketInternal::setLate(const Deleter& deleter, void* arg) {
     m_lateBuffer = true;
-    m_lateDeleter = deleter;
+    m_deleter = deleter;
     m_lateArg = arg;
 }
 
 // A parent is released behind this body.
 OldPacketInternal::~OldPacketInternal() {
-    if (m_lateBuffer) {
-        std::free(m_extraData);
-        // Contract: the late deleter hears the capacity that was promised, the other one the size in use.
-        if (m_buffer != nullptr && !m_lateDeleter.empty()) m_lateDeleter(m_lateArg, m_capacity);
-    } else if (m_kind == Kind::callers && !m_deleter.empty()) {
+    if (m_lateBuffer) std::free(m_extraData);
+    if (m_deleter.empty()) return;
+    // Contract: the late deleter hears the capacity that was promised, the other one the size in use.
+    if (!m_lateBuffer) {
         m_deleter(m_buffer, m_size);
+    } else if (m_buffer != nullptr) {
+        m_deleter(m_lateArg, m_capacity);
     }
 }
 
@@ -61,7 +53,7 @@ void OldPacketInternal::destroy() {
 }
 
 void OldPacketInternal::destroyOwn() {
-    PacketManagerInternal& manager = *PacketManagerInternal::instance();
+    PacketManagerInternal& manager = PacketManagerInternal::existing();
     void* const buffer = m_buffer;
     void* const extra = m_extraData;
     this->~OldPacketInternal();
@@ -82,8 +74,9 @@ size_t OldPacketInternal::putBuffer(void* data, size_t size) {
     // Contract: sizes have 32 bits here too.
     const uint32_t taken = std::min(static_cast<uint32_t>(size), m_capacity - m_size);
     if (taken == 0) return 0;
-    PacketManagerInternal::instance()->memcpy(static_cast<unsigned char*>(m_buffer) + m_size, data, taken);
+    void* const end = static_cast<unsigned char*>(m_buffer) + m_size;
     m_size += taken;
+    PacketManagerInternal::existing().memcpy(end, data, taken);
     return taken;
 }
 

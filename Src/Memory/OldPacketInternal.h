@@ -33,10 +33,21 @@ public:
         size_t size;
     };
 
-    OldPacketInternal(Kind kind, const Bytes& bytes, const Extra& extra);
+    OldPacketInternal(Kind kind, const Bytes& bytes, const Extra& extra)
+        : m_buffer(bytes.data),
+          m_size(static_cast<uint32_t>(bytes.size)),
+          m_capacity(static_cast<uint32_t>(bytes.capacity)),
+          m_extraData(extra.data),
+          // Contract: one byte for the size, whatever the area has.
+          m_extraSize(static_cast<uint8_t>(extra.size)),
+          m_kind(kind) {}
+    // A sub-packet.
+    OldPacketInternal(const CPacket& parent, const Bytes& bytes, const Extra& extra)
+        : OldPacketInternal(Kind::sub, bytes, extra) {
+        m_parent = parent;
+    }
     ~OldPacketInternal();
 
-    void setParent(const CPacket& parent) { m_parent = parent; }
     void setDeleter(const Deleter& deleter) { m_deleter = deleter; }
     void setLate(const Deleter& deleter, void* arg);
 
@@ -59,9 +70,8 @@ private:
     uint8_t m_extraSize;
     Kind m_kind;
     bool m_lateBuffer = false;
-    CPacket m_parent;       // of a sub-packet
-    Deleter m_deleter;      // of a caller's buffer
-    Deleter m_lateDeleter;  // of a late buffer, with its argument
+    CPacket m_parent;   // of a sub-packet
+    Deleter m_deleter;  // of a caller's or late buffer
     void* m_lateArg = nullptr;
 };
 

@@ -122,9 +122,7 @@ PacketInternal* PacketInternal::create(const CPacket& parent, size_t offset, siz
     // A late-buffer parent may still be without bytes.
     auto* data = static_cast<unsigned char*>(parent.getBuffer());
     if (data != nullptr) data += offset;
-    auto* packet = new (recordIn(block, tail)) OldPacketInternal(Kind::sub, {data, size, size}, {block, ext});
-    packet->setParent(parent);
-    return packet;
+    return new (recordIn(block, tail)) OldPacketInternal(parent, {data, size, size}, {block, ext});
 }
 
 PacketInternal* PacketInternal::create(void* buffer, size_t size, const Deleter& deleter) {

@@ -1,7 +1,6 @@
 #include "Memory/PacketManager.h"
 
 #include <atomic>
-#include <cstring>
 
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/Immortal.h"
@@ -62,8 +61,10 @@ void PacketManagerInternal::config(CPacketManager::Policy policy, CPacketManager
 PacketManagerInternal::PacketManagerInternal() {
     Configuration& chosen = configuration();
     chosen.frozen = true;
+    sm_existing = this;
     m_policy = chosen.policy;
     m_memop = chosen.memop;
+    m_plainCopy = m_memop.memcpy == CPacketManager::MemoryOperator().memcpy;
     m_alignSize = size_t{1} << floorLog2(chosen.param.alignSize);
     m_served = m_policy == CPacketManager::PolicyPool || m_policy == CPacketManager::PolicyPoolData;
     if (m_policy == CPacketManager::PolicySystem) {
@@ -77,8 +78,8 @@ void PacketManagerInternal::atExit() {
     if (m_pool != nullptr) m_pool->close();
 }
 
-// The operator's copy may know the pool's memory alone.
-void* PacketManagerInternal::memcpy(void* dst, const void* src, size_t n) {
+// Under a pool, the operator's copy may know the pool's memory alone.
+void* PacketManagerInternal::copyByOperator(void* dst, const void* src, size_t n) {
     if (m_served && !(m_pool->holds(dst) && m_pool->holds(src))) return std::memcpy(dst, src, n);
     return m_memop.memcpy(dst, src, n);
 }

@@ -1,17 +1,12 @@
 // What the processor can do, asked once; see the header.
 #include "Utils/CpuFeatures.h"
 
-#include <atomic>
-
 #if FUNDO_X86_64
 #include <cpuid.h>
 #endif
 
 namespace Tovra::Utils::Cpu {
 namespace {
-
-// Zero initialised, so that a restriction made or asked for by another source's initialiser holds.
-std::atomic<unsigned> s_forbidden;
 
 #if FUNDO_X86_64
 
@@ -54,9 +49,20 @@ unsigned ask() {
     return features;
 }
 
+unsigned askBasicWord() {
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    return __get_cpuid(1, &a, &b, &c, &d) != 0 ? c : 0;
+}
+
+unsigned forbiddenBits() {
+    return (has(kAes) ? 0u : bit_AES) | (has(kClmul) ? 0u : bit_PCLMUL) | (has(kSsse3) ? 0u : bit_SSSE3);
+}
+
 #else
 
 unsigned ask() { return kPortable; }
+unsigned askBasicWord() { return 0; }
+unsigned forbiddenBits() { return 0; }
 
 #endif
 
@@ -67,10 +73,29 @@ unsigned present() {
 
 }  // namespace
 
-bool has(unsigned features) {
-    return (features & ~present()) == 0 && (features & s_forbidden.load(std::memory_order_relaxed)) == 0;
+namespace Detail {
+
+// Initialised by the compiler, so that other sources' initialisers may ask and restrict.
+std::atomic<unsigned> s_refused{kUnasked};
+
+unsigned askOnce() {
+    const unsigned lacking = ~present() & ~kUnasked;
+    unsigned refused = kUnasked;
+    const bool first = s_refused.compare_exchange_strong(refused, lacking, std::memory_order_relaxed);
+    return first ? lacking : refused;
 }
 
-unsigned restrictTo(unsigned features) { return ~s_forbidden.exchange(~features, std::memory_order_relaxed); }
+}  // namespace Detail
+
+unsigned basicWord() {
+    static const unsigned s_word = askBasicWord();
+    return s_word & ~forbiddenBits();
+}
+
+unsigned restrictTo(unsigned features) {
+    const unsigned refused = ~(features & present()) & ~Detail::kUnasked;
+    Detail::askOnce();
+    return ~Detail::s_refused.exchange(refused, std::memory_order_relaxed);
+}
 
 }  // namespace Tovra::Utils::Cpu

@@ -4,6 +4,8 @@
 // benchmark run the twin on any machine. Kernels ask at each call, so a restriction acts at once.
 #pragma once
 
+#include <atomic>
+
 #if defined(__x86_64__)
 #define FUNDO_X86_64 1
 #endif
@@ -27,8 +29,27 @@ enum Feature : unsigned {
     kAll = ~0u
 };
 
-// Whether the processor and the system have all of the features and no restriction forbids them.
-bool has(unsigned features);
+namespace Detail {
+
+// The features that may not be used; kUnasked until the processor has been asked.
+constexpr unsigned kUnasked = 1u << 31;
+extern std::atomic<unsigned> s_refused;
+
+unsigned askOnce();
+
+}  // namespace Detail
+
+// Whether the processor and the system have all of the features and no restriction forbids them. Inline,
+// since it is asked for each block of a short message.
+inline bool has(unsigned features) {
+    unsigned refused = Detail::s_refused.load(std::memory_order_relaxed);
+    if ((refused & Detail::kUnasked) != 0) refused = Detail::askOnce();
+    return (features & refused) == 0;
+}
+
+// ECX of CPUID leaf 1, for callers that ask by its bits; the bit of a forbidden feature is clear. 0 on other
+// architectures.
+unsigned basicWord();
 
 // From now on only these features are used, of those that the processor has: kPortable forbids all, kAll
 // lifts the restriction. Answers the former restriction.

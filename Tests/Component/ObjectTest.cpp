@@ -128,7 +128,8 @@ TEST(ComPtr, TakesOverCopiesMovesAndReleases) {
         EXPECT_FALSE(copy);
         EXPECT_EQ(getRefCount(object), 2);
         moved = owner;
-        owner = owner;
+        const TComPtr<Counted>& same = owner;
+        owner = same;
         EXPECT_EQ(getRefCount(object), 2);
         moved.reset();
         EXPECT_EQ(getRefCount(object), 1);

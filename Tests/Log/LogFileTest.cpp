@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -184,6 +185,55 @@ TEST_F(LogFile, TellsWhatFailsAndTriesAgain) {
     const std::string told = output.take();
     EXPECT_NE(told.find("]fopen faild,errno:2, errmesg:No such file or directory\n"), std::string::npos);
     EXPECT_NE(told.find("]logDir is invalid\n"), std::string::npos);
+}
+
+TEST_F(LogFile, LosesNothingUnderPathsThatListingsCut) {
+    Output output(3);
+    const std::string folder = m_dir.path(std::string(200, 'a') + "/" + std::string(200, 'b'));
+    std::filesystem::create_directories(folder);
+    m_path = folder + "/app.log";
+    command({"-logpath", m_path});
+    command({"-logsavesetting", "bysize", "1", "0"});
+    for (int i = 0; i < 5; ++i)
+        logKilobyte();
+    size_t files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        EXPECT_EQ(linesOf(entry.path().string()).size(), 1U);
+        ++files;
+    }
+    EXPECT_EQ(files, 5U);
+}
+
+TEST_F(LogFile, StaysInTheLiveFileWhenAnArchivesNameGrowsTooLong) {
+    Output output(3);
+    const std::string suffix = "_2026-01-01_0";
+    m_path = m_dir.path(std::string(NAME_MAX - suffix.size(), 'n'));
+    command({"-logpath", m_path});
+    command({"-logsavesetting", "bysize", "1", "0"});
+    for (int i = 0; i < 13; ++i)
+        logKilobyte();
+    EXPECT_EQ(archives().size(), 10U);
+    EXPECT_EQ(linesOf(m_path).size(), 3U);
+    EXPECT_NE(output.take().find("]rename faild,errno:36, errmesg:File name too long\n"), std::string::npos);
+}
+
+TEST_F(LogFile, GoesOnWhenAFolderRemovedUnderItIsBack) {
+    Output output(3);
+    const std::string folder = m_dir.path("logs");
+    std::filesystem::create_directory(folder);
+    m_path = folder + "/app.log";
+    command({"-logpath", m_path});
+    command({"-logsavesetting", "bysize", "1", "3"});
+    logKilobyte();
+    std::filesystem::remove_all(folder);
+    logKilobyte();
+    logKilobyte();
+    const std::string told = output.take();
+    for (const char* text : {"]no such logpath\n", "]rename faild,errno:2,", "]fopen faild,errno:2,"})
+        EXPECT_NE(told.find(text), std::string::npos) << text;
+    std::filesystem::create_directory(folder);
+    logKilobyte();
+    EXPECT_EQ(linesOf(m_path).size(), 1U);
 }
 
 TEST_F(LogFile, DoesNotLogFromInsideItself) {

@@ -84,6 +84,17 @@ TEST(Packet, RecordIsAlignedWhereverTheBlockStarts) {
     }
 }
 
+TEST(Packet, LayoutFollowsTheLargestPowerOfTwoInTheAlignment) {
+    CountingOperator counting;
+    CPacketManager::MemoryOperator memop = counting.get();
+    CPacketManager::PoolParameter param;
+    param.alignSize = 100;
+    CPacketManager::config(CPacketManager::PolicySystem, &memop, &param);
+    const CPacket packet(65, 1);
+    EXPECT_EQ(packet.capacity(), 128U);
+    EXPECT_EQ(counting.lastSize, 128 + (1 + kRecordSize + 63) / 64 * 64);
+}
+
 TEST(Packet, AppendsWhatFitsAndResizesWithinItsCapacity) {
     configure(CPacketManager::PolicyPool);
     CPacket packet(10, 0);

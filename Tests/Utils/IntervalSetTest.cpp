@@ -136,6 +136,15 @@ Interval randomInterval(std::mt19937& random, int longest) {
     return {start, end < CModel::kLowest + CModel::kSize ? end : CModel::kLowest + CModel::kSize};
 }
 
+void changeBoth(CIntervalSet& set, CModel& model, const Interval& interval, bool present) {
+    if (present) {
+        set.insert(interval);
+    } else {
+        set.erase(interval);
+    }
+    model.set(interval, present);
+}
+
 // Mostly short ranges, so that the set grows past a thousand intervals, and now and then one that sweeps.
 TEST(IntervalSet, RandomOperationsKeepItEqualToABitmap) {
     const unsigned seed = std::random_device{}();
@@ -144,15 +153,28 @@ TEST(IntervalSet, RandomOperationsKeepItEqualToABitmap) {
     CIntervalSet set;
     CModel model;
     for (int step = 0; step < 8000; ++step) {
-        const bool present = random() % 2 == 0;
-        const Interval interval = randomInterval(random, random() % 500 == 0 ? 3000 : 4);
-        if (present) {
-            set.insert(interval);
-        } else {
-            set.erase(interval);
-        }
-        model.set(interval, present);
+        const int longest = random() % 500 == 0 ? 3000 : 4;
+        changeBoth(set, model, randomInterval(random, longest), random() % 2 == 0);
         ASSERT_NO_FATAL_FAILURE(expectEqual(set, model, random)) << "step " << step;
+    }
+}
+
+// As many intervals as the range of the model can hold, and ranges that remove hundreds of them at once.
+TEST(IntervalSet, SweepsOverAFullSetLeaveWhatTheyMust) {
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    for (int round = 0; round < 60; ++round) {
+        CIntervalSet set;
+        CModel model;
+        for (int value = CModel::kLowest; value < CModel::kLowest + CModel::kSize; value += 2) {
+            set.insert({value, value + 1});
+            model.set({value, value + 1}, true);
+        }
+        for (int sweep = 0; sweep < 12; ++sweep) {
+            changeBoth(set, model, randomInterval(random, 2000), random() % 2 == 0);
+            ASSERT_NO_FATAL_FAILURE(expectEqual(set, model, random)) << "round " << round;
+        }
     }
 }
 

@@ -80,6 +80,22 @@ public:
     /// The kernel's id of the calling thread.
     static int getCurrentThreadID();
 
+    /// Limits the calling thread to a share of a core's time, without cooperation: a controller thread of the
+    /// highest real-time priority ticks every millisecond and, in slots spread evenly over each hundred,
+    /// sends SIGUSR2, whose handler sleeps for a millisecond. System calls go on behind it, but those that
+    /// the system never restarts (poll, epoll_wait, nanosleep and their kin) end early with EINTR. A thread
+    /// that blocks SIGUSR2 is not held back.
+    ///
+    /// The library takes SIGUSR2 for itself with the first share below 100 and keeps it until the process
+    /// ends; a handler of somebody else's is answered by an assertion. Without the right to real-time
+    /// scheduling the controller cannot start: the log says "pthread create failed" and nothing is held back.
+    ///
+    /// Meant for a handful of threads: a tick costs a signal for each. Call load(100) before the thread ends,
+    /// else the controller ticks on for it.
+    /// @param percent 1 to 99 sets the share, or sets it anew; 100 frees the thread; anything else changes
+    /// nothing and is logged as "thread load percent %d is invalid!"
+    static void load(int percent);
+
 private:
     ThreadInternal* m_internal;
 };

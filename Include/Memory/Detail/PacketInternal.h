@@ -37,7 +37,9 @@ public:
     void addRef() { m_refCount.fetch_add(1, std::memory_order_relaxed); }
     /// One reference less; the last one ends the packet. A release too many is not caught.
     void release() {
-        if (m_refCount.fetch_sub(1, std::memory_order_acq_rel) == 1) destroy();
+        // Nobody but the owner of the only reference can add one, so that one goes without an atomic write.
+        const bool only = m_refCount.load(std::memory_order_acquire) == 1;
+        if (only || m_refCount.fetch_sub(1, std::memory_order_acq_rel) == 1) destroy();
     }
     /// See CPacket::putBuffer().
     virtual size_t putBuffer(void* data, size_t size) = 0;

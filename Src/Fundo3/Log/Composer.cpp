@@ -21,19 +21,17 @@ bool Tovra::Fundo::Detail::isFlatFlagSet(OptionFlag flag) {
 namespace {
 
 // The words end in a blank of their own.
-const char* levelWord(int level) {
-    static constexpr const char* s_preInfo[] = {"",      "fatal ", "error ", "warn ",
-                                                "info ", "trace ", "debug ", nullptr};
-    return level >= 0 && level <= kDebug ? s_preInfo[level] : "";
+const ShortText& levelWord(int level) {
+    static constexpr ShortText s_preInfo[] = {"", "fatal ", "error ", "warn ", "info ", "trace ", "debug "};
+    return s_preInfo[level >= 0 && level <= kDebug ? level : 0];
 }
 
 void appendDateAndTime(TextAppender& out, const SystemTimeEx& time) {
     if (isFlatFlagSet(kShowDate)) {
-        out.number(time.year, 4).literal("-").number(time.month, 2).literal("-").number(time.day, 2);
-        out.literal(" ");
+        out.number(time.year, 4).literal("-").pair(time.month).literal("-").pair(time.day).literal(" ");
     }
     if (isFlatFlagSet(kNoTime)) return;
-    out.number(time.hour, 2).literal(":").number(time.minute, 2).literal(":").number(time.second, 2);
+    out.pair(time.hour).literal(":").pair(time.minute).literal(":").pair(time.second);
     if (isFlatFlagSet(kShowMillisecond)) out.literal(":").number(time.millisecond, 3, ' ');
     out.literal("|");
 }
@@ -49,8 +47,8 @@ struct LineFields {
 
 // How one field looks: behind an opening, in front of a close.
 struct Frame {
-    const char* open;
-    const char* close;
+    ShortText open;
+    ShortText close;
 };
 
 struct Form {
@@ -63,11 +61,11 @@ constexpr Form kStructured = {{"M:", "|"}, {"V:", "|"}, {"L:", "|"}, {"F:", "|"}
                               {"f:", "|"}, {"l:", "|"}, {"t:", "|"}};
 
 void appendText(TextAppender& out, const Frame& frame, const char* text) {
-    out.text(frame.open).text(text).text(frame.close);
+    out.literal(frame.open).text(text).literal(frame.close);
 }
 
 void appendNumber(TextAppender& out, const Frame& frame, int number) {
-    out.text(frame.open).number(number).text(frame.close);
+    out.literal(frame.open).number(number).literal(frame.close);
 }
 
 void appendFields(TextAppender& out, const LineFields& origin, const SystemTimeEx& time) {
@@ -77,7 +75,9 @@ void appendFields(TextAppender& out, const LineFields& origin, const SystemTimeE
     appendDateAndTime(out, time);
     if (!isFlatFlagSet(kNoLibName)) appendText(out, form.libName, origin.libName);
     if (!isFlatFlagSet(kNoVersion)) appendText(out, form.version, origin.version);
-    if (!isFlatFlagSet(kNoLevel)) appendText(out, form.level, levelWord(origin.level));
+    if (!isFlatFlagSet(kNoLevel)) {
+        out.literal(form.level.open).literal(levelWord(origin.level)).literal(form.level.close);
+    }
     if (origin.line > 0 && !isFlatFlagSet(kNoFile)) appendText(out, form.file, origin.file);
     if (!isFlatFlagSet(kNoFunction)) appendText(out, form.function, origin.function);
     if (origin.line > 0 && !isFlatFlagSet(kNoLine)) appendNumber(out, form.line, origin.line);

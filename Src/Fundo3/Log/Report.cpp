@@ -25,6 +25,15 @@ void reportList(int level, const Site& site, const char* lead, const char* forma
                arguments);
 }
 
+struct ObjectLead {
+    ObjectLead(const Site& site, const void* object) {
+        std::snprintf(text, sizeof text, "[%s:%d] this:%p tid:%d, ", site.source, site.line, object,
+                      Platform::currentThreadId());
+    }
+
+    char text[160];
+};
+
 }  // namespace
 
 void report(int level, const Site& site, const char* format, ...) {
@@ -35,12 +44,18 @@ void report(int level, const Site& site, const char* format, ...) {
 }
 
 void reportObject(int level, const Site& site, const void* object, const char* format, ...) {
-    char lead[160];
-    std::snprintf(lead, sizeof lead, "[%s:%d] this:%p tid:%d, ", site.source, site.line, object,
-                  Platform::currentThreadId());
+    const ObjectLead lead(site, object);
     va_list arguments;
     va_start(arguments, format);
-    reportList(level, site, lead, format, arguments);
+    reportList(level, site, lead.text, format, arguments);
+    va_end(arguments);
+}
+
+void reportPlainObject(int level, const Site& site, const void* object, const char* format, ...) {
+    const ObjectLead lead(site, object);
+    va_list arguments;
+    va_start(arguments, format);
+    printLine({level, "libFundo", "", "", -1, "", lead.text}, format, arguments);
     va_end(arguments);
 }
 

@@ -6,6 +6,7 @@
 #include "Fundo/Fundo3/Time.h"
 #include "Fundo3/Report.h"
 #include "Fundo3/Thread/ThreadManagerInternal.h"
+#include "Fundo3/Version/LibraryVersion.h"
 
 namespace Tovra::Fundo {
 
@@ -28,6 +29,7 @@ FUNDO_DEFINE_LASTING_INSTANCE(ThreadManagerInternal)
 
 ThreadManagerInternal::ThreadManagerInternal() {
     FUNDO_REPORT_THIS(Detail::kTrace, "CThreadManager::CThreadManager()>>>>>>>>>\n");
+    Detail::libraryVersion().print();
 }
 
 void ThreadManagerInternal::addThread(ThreadInternal* thread) {

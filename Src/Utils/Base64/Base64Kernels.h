@@ -15,7 +15,7 @@
 
 namespace Tovra::Utils::Base64 {
 
-constexpr char basis_64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+inline constexpr char basis_64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr uint8_t kOutside = 64;
 
 // The value of each character, kOutside for those that have none.
@@ -30,7 +30,7 @@ constexpr Values makeValues() {
         values.of[static_cast<unsigned char>(basis_64[i])] = static_cast<uint8_t>(i);
     return values;
 }
-constexpr Values pr2six = makeValues();
+inline constexpr Values pr2six = makeValues();
 
 inline uint8_t valueOf(char character) { return pr2six.of[static_cast<unsigned char>(character)]; }
 
