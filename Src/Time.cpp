@@ -7,6 +7,7 @@
 #include "Fundo/Fundo3/Thread.h"
 #include "Fundo/Fundo3/Time.h"
 #include "Fundo3/Report.h"
+#include "Fundo3/Time/Calendar.h"
 #include "Fundo3/Time/DisplayFormat.h"
 #include "Fundo3/Time/Pattern.h"
 
@@ -22,8 +23,10 @@ constexpr char kSeparators[] = {'.', '-', '/'};  // by the numbers that old code
 
 }  // namespace
 
-const CTime CTime::minTime(2000, 1, 1, 0, 0, 0);
-const CTime CTime::maxTime(2038, 1, 1, 0, 0, 0);
+// Constants, since normalising them at load would settle the zone before main can choose it. No zone skips
+// them.
+const CTime CTime::minTime(2000, weekday(2000, 1, 1));
+const CTime CTime::maxTime(2038, weekday(2038, 1, 1));
 
 CTime::CTime(unsigned long long time) { breakTime(time); }
 

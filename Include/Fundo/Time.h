@@ -89,4 +89,7 @@ public:
     /// @param buffer null writes nothing and logs the error "[source:line] tid:id, buf is NULL!!\n"
     /// @param format null writes nothing and logs the error "[source:line] tid:id, format is NULL!!\n"
     void format(char* buffer, const char* format) const;
+
+private:
+    constexpr CTime(int newYear, int weekday) : year(newYear), month(1), day(1), wday(weekday) {}
 };
