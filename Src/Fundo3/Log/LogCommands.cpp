@@ -8,6 +8,7 @@
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/Log/LogFile.h"
 #include "Fundo3/Log/ModuleTable.h"
+#include "Fundo3/Log/Options.h"
 
 // The command language of setLogFilter(): a table of options. The first row that fits in name and number of
 // words is done; anything else is ignored.
@@ -57,12 +58,9 @@ void setAllModules(const Words& words) {
     __atomic_store_n(&Fundo_openLog, is(words.first, "off") ? 0 : 2, __ATOMIC_RELAXED);
 }
 
-template <bool PrintOptions::*flag>
+template <Detail::OptionFlag flag>
 void hideUnlessOn(const Words& words) {
-    PrintOptions options;
-    getPrintOptions(&options);
-    options.*flag = !isOn(words.first);
-    setPrintOptions(options);
+    Detail::setOption(flag, !isOn(words.first));
 }
 
 void setPath(const Words& words) { LogFileSettings::setPath(words.first); }
@@ -101,10 +99,10 @@ constexpr LogCommand s_commands[] = {
     {"-loglevel", 1, kAny, setLevel},
     {"-logmodule", 3, kAny, setOneModule},
     {"-logmodule", 2, 2, setAllModules},
-    {"-logtime", 1, kAny, hideUnlessOn<&PrintOptions::noTime>},
-    {"-logthread", 1, kAny, hideUnlessOn<&PrintOptions::noThread>},
-    {"-logversion", 1, kAny, hideUnlessOn<&PrintOptions::noVersion>},
-    {"-logfunction", 1, kAny, hideUnlessOn<&PrintOptions::noFunction>},
+    {"-logtime", 1, kAny, hideUnlessOn<Detail::kNoTime>},
+    {"-logthread", 1, kAny, hideUnlessOn<Detail::kNoThread>},
+    {"-logversion", 1, kAny, hideUnlessOn<Detail::kNoVersion>},
+    {"-logfunction", 1, kAny, hideUnlessOn<Detail::kNoFunction>},
     {"-logpath", 2, kAny, setPath},
     {"-logsize", 1, kAny, setSize},
     {"-logmodulestatistics", 2, 2, setStatistics},
