@@ -21,20 +21,18 @@ namespace {
 
 using Detail::LogFileSettings;
 
-// clang-format off: the texts are searched for, so each stands whole on its line
+// The texts are searched for, so each stands whole on its line.
+// clang-format off
 constexpr const char* kUsage[] = {
     "logfilter command usage:",
-    "logfilter -loglevel [levelnum](0-no printlevel, 1-fatal, 2-error, 3-warn, 4-info, 5-trace, 6-debug): "
-    "set log level",
+    "logfilter -loglevel [levelnum](0-no printlevel, 1-fatal, 2-error, 3-warn, 4-info, 5-trace, 6-debug): set log level",
     "logfilter -logmodule [modulename] [on/off] #turn module's log on/off",
     "logfilter -logmodule [on/off] #turn ALL module's log on/off",
     "logfilter -logpath [logpath/] #logger module's log to logpath or cancel logger(by set path to )",
     "logfilter -logmodulestatistics  [on/off] #turn ALL module's logstatistics func on/off",
     "logfiter -logsize [logsize] #log file max size limited to logsize Kbytes",
-    "logfiter -logsavesetting bysize [logsize] [maxnumber]#(logsize-log will save as a new file if log's "
-    "size reaches to logsize),(maxnumber-total log file)",
-    "logfiter -logsavesetting byday [on/off] [maxnumber] #(on-log will save as a new file if date "
-    "changes),(maxnumber-total log file)",
+    "logfiter -logsavesetting bysize [logsize] [maxnumber]#(logsize-log will save as a new file if log's size reaches to logsize),(maxnumber-total log file)",
+    "logfiter -logsavesetting byday [on/off] [maxnumber] #(on-log will save as a new file if date changes),(maxnumber-total log file)",
     "logfiter -logsavesetting none #log file save in the old way",
 };
 // clang-format on
