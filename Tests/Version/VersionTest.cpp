@@ -36,7 +36,7 @@ Day dayOf(const SystemTime& time) { return {time.year, time.month, time.day}; }
 template <class T>
 class VersionRecord : public testing::Test {};
 using Generations = testing::Types<Record, CVersion>;
-TYPED_TEST_SUITE(VersionRecord, Generations);
+TYPED_TEST_SUITE(VersionRecord, Generations, );  // Clang wants the argument
 
 TYPED_TEST(VersionRecord, ReadsTheCompilersDates) {
     // clang-format off
