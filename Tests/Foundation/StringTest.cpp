@@ -117,6 +117,7 @@ TEST(String, GrowsExactlyAndComesBackByShrinking) {
     EXPECT_THROW(moved.erase(6, 1), std::out_of_range);
     EXPECT_NO_THROW(moved.erase(5, 1));
     EXPECT_THROW(moved.at(5), std::out_of_range);
+    EXPECT_THROW(CString().at(0), std::out_of_range);
 }
 
 TEST(String, StandsInHashedContainersAndExpressions) {
@@ -127,6 +128,7 @@ TEST(String, StandsInHashedContainersAndExpressions) {
     EXPECT_EQ(sum.substr(5), "right");
     EXPECT_LT(CString("a"), CString("b"));
     EXPECT_NE(CString("a"), "b");
+    EXPECT_EQ((CString("x", 0) += std::string_view()).assign("x", 0).erase(0, 0) + std::string("y"), "y");
 }
 
 TEST(StringDeathTest, AssertsInReleaseBuildsToo) {

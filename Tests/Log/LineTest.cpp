@@ -18,16 +18,15 @@ namespace {
 
 const std::string kTid = std::to_string(Fundo_getCurrentThreadID());
 
-void setOptions(bool Log::PrintOptions::*first, bool Log::PrintOptions::*second = nullptr,
-                bool Log::PrintOptions::*third = nullptr) {
-    Log::PrintOptions options{};
-    for (auto flag : {first, second, third}) {
-        if (flag != nullptr) options.*flag = true;
-    }
-    Log::setPrintOptions(options);
-}
-
 using Options = Log::PrintOptions;
+
+Options setOptions(std::initializer_list<bool Options::*> flags) {
+    Options options{};
+    for (auto flag : flags)
+        options.*flag = true;
+    Log::setPrintOptions(options);
+    return options;
+}
 
 TEST(Line, HasItsFieldsInColourByDefault) {
     Output output(4);
@@ -42,7 +41,7 @@ TEST(Line, HasItsFieldsInColourByDefault) {
 }
 
 TEST(Line, HasTagsInStructuredForm) {
-    setOptions(&Options::noTime, &Options::noColor, &Options::structuredForm);
+    setOptions({&Options::noTime, &Options::noColor, &Options::structuredForm});
     Output output(4);
     Log::logFilter(4, "lib", "a/b.cpp", "run", 12, "V1", "m=%s\n", "x");
     Fundo_logFilter(2, "lib", "a/b.cpp", "run", 0, "V1", "flat\n");
@@ -51,10 +50,9 @@ TEST(Line, HasTagsInStructuredForm) {
 }
 
 TEST(Line, LeavesOutWhatIsSwitchedOff) {
-    Options options{};
-    options.noTime = options.noColor = options.noLibName = options.noLevel = options.noThread = true;
-    options.noVersion = options.noFunction = options.noFile = options.noLine = true;
-    Log::setPrintOptions(options);
+    Options options = setOptions({&Options::noTime, &Options::noColor, &Options::noLibName, &Options::noLevel,
+                                  &Options::noThread, &Options::noVersion, &Options::noFunction,
+                                  &Options::noFile, &Options::noLine});
     Options back{};
     Log::getPrintOptions(&back);
     EXPECT_EQ(std::memcmp(&back, &options, sizeof back), 0);
@@ -68,22 +66,18 @@ TEST(Line, LeavesOutWhatIsSwitchedOff) {
 }
 
 TEST(Line, OfSeveralCallsHasOnePrefixAndOneColour) {
-    setOptions(&Options::noTime, &Options::noThread);
+    setOptions({&Options::noTime, &Options::noThread});
     Output output(3);
     Log::logWarn("a");
     EXPECT_EQ(Log::logWarn("%s", ""), 0);
-    Options dark{};
-    dark.noColor = dark.noTime = dark.noThread = true;
-    Log::setPrintOptions(dark);  // the open colour is still closed
+    setOptions({&Options::noColor, &Options::noTime, &Options::noThread});  // the open colour is still closed
     Log::logWarn("b\n");
     Log::logWarn("c\n");
     EXPECT_EQ(output.take(), "\033[33;40m[libFundo] [ver:] warn  ab\n\033[0m[libFundo] [ver:] warn  c\n");
 }
 
 TEST(Line, IsCutAtTheEndOfItsBuffer) {
-    Options options{};
-    options.noColor = options.noTime = options.noThread = true;
-    Log::setPrintOptions(options);
+    setOptions({&Options::noColor, &Options::noTime, &Options::noThread});
     Output output(3);
     const int prefix = Log::logWarn("%s", "\n") - 1;
     const auto log = [&](int total) {
@@ -97,19 +91,16 @@ TEST(Line, IsCutAtTheEndOfItsBuffer) {
     EXPECT_EQ(log(8192), 8192);
     EXPECT_EQ(Fundo_returned, 1);
     EXPECT_EQ(log(20000), 8192);
-    EXPECT_EQ(Fundo_logFilter(3, "l", nullptr, "", 0, "", "%s", std::string(9000, 'y').c_str()) > 9000, true);
+    EXPECT_GT(Fundo_logFilter(3, "l", nullptr, "", 0, "", "%s", std::string(9000, 'y').c_str()), 9000);
     // Long names never make the room negative.
     const std::string name(9000, 'n');
     EXPECT_EQ(Log::logFilter(3, name.c_str(), name.c_str(), name.c_str(), 1, name.c_str(), "end\n"), 8192);
-    output.take();
 }
 
 TEST(Gate, RefusesByLevelThenByModule) {
     LogCapture capture(3);
-    EXPECT_EQ(Log::logInfo("no\n"), 0);
-    EXPECT_EQ(Log::logLibName(0, "lib", "no\n"), 0);
-    EXPECT_EQ(Log::logLibName(7, "lib", "no\n"), 0);
-    EXPECT_EQ(logInfo("no\n"), 0);
+    EXPECT_EQ(Log::logInfo("no\n") + logInfo("no\n"), 0);
+    EXPECT_EQ(Log::logLibName(0, "lib", "no\n") + Log::logLibName(7, "lib", "no\n"), 0);
     EXPECT_GT(logWarn("global\n"), 0);
     Log::setPrintLogLevel(-1);
     EXPECT_EQ(Log::logFatal("no\n"), 0);
@@ -119,7 +110,6 @@ TEST(Gate, RefusesByLevelThenByModule) {
     EXPECT_EQ(Log::logFilter(1, "lib", "", "", 1, "", "no\n"), 0);
     EXPECT_EQ(Fundo_logFilter(1, "lib", nullptr, "", 1, "", "no\n"), 0);
     EXPECT_GT(Log::logInfo("levels pass the module switch\n"), 0);
-    EXPECT_EQ(capture.count("no\n"), 0U);
     EXPECT_EQ(capture.lines().size(), 3U);
 }
 
@@ -137,24 +127,21 @@ TEST(Macro, IsOneStatementThatEvaluatesNothingWhileRefused) {
     EXPECT_EQ(capture.count("LineTest.cpp TestBody"), 1U);
 }
 
+using Printer = Log::TFunction1<void, const char*>;
+using Proc = Log::TFunction1<bool, const char*>;
+
 std::vector<std::string> s_printed;
 void keep(const char* line) { s_printed.emplace_back(line); }
 bool refuse(const char* line) {
     s_printed.push_back(std::string("refuse ") + line);
     return false;
 }
-bool detachOther(const char*) {
-    Log::detachPrint(Log::TFunction1<bool, const char*>(refuse));
-    return true;
-}
-bool throwUp(const char*) { throw std::runtime_error("procedure"); }
-
-using Proc = Log::TFunction1<bool, const char*>;
+bool detachOther(const char*) { return Log::detachPrint(Proc(refuse)) == 1; }
 
 TEST(Printer, TakesTheTextButNotTheColours) {
-    setOptions(&Options::noTime, &Options::noThread);
+    setOptions({&Options::noTime, &Options::noThread});
     Output output(3);
-    Log::setLogPrinter(Log::TFunction1<void, const char*>(keep));
+    Log::setLogPrinter(Printer(keep));
     Log::logWarn("w\n");
     Log::setLogPrinter({});
     Log::logWarn("x\n");
@@ -163,9 +150,7 @@ TEST(Printer, TakesTheTextButNotTheColours) {
 }
 
 TEST(Procedures, SeeEveryLineInOrderFromACopyOfTheList) {
-    Options options{};
-    options.noTime = options.noThread = options.noColor = true;
-    Log::setPrintOptions(options);
+    setOptions({&Options::noColor, &Options::noTime, &Options::noThread});
     Output output(3);
     EXPECT_EQ(Log::attachPrint(Proc(detachOther)), 1);
     EXPECT_EQ(Log::attachPrint(Proc(refuse)), 1);
@@ -175,23 +160,21 @@ TEST(Procedures, SeeEveryLineInOrderFromACopyOfTheList) {
     EXPECT_EQ(s_printed, std::vector<std::string>{"refuse [libFundo] [ver:] warn  1\n"});
     EXPECT_EQ(Log::detachPrint(Proc(refuse)), 0);
     EXPECT_EQ(Log::detachPrint(Proc(detachOther)), 1);
-    output.take();
 }
 
 TEST(Procedures, ThatThrowLeaveNoLockBehind) {
     LogCapture capture(3);
-    Log::attachPrint(Proc(throwUp));
+    const Proc throwing(+[](const char*) -> bool { throw std::runtime_error("procedure"); });
+    Log::attachPrint(throwing);
     EXPECT_THROW(Log::logWarn("1\n"), std::runtime_error);
-    EXPECT_EQ(Log::detachPrint(Proc(throwUp)), 1);
+    EXPECT_EQ(Log::detachPrint(throwing), 1);
     EXPECT_GT(Log::logWarn("2\n"), 0);
     EXPECT_EQ(capture.lines().size(), 2U);
 }
 
 TEST(Hex, ShowsRowsOfSixteen) {
-    Options options{};
-    options.noTime = options.noThread = options.noColor = options.noLibName = true;
-    options.noVersion = options.noLevel = options.noFunction = true;
-    Log::setPrintOptions(options);
+    setOptions({&Options::noTime, &Options::noThread, &Options::noColor, &Options::noLibName,
+                &Options::noVersion, &Options::noLevel, &Options::noFunction});
     Output output(5);
     unsigned char bytes[512 + 2] = {};
     std::memcpy(bytes, "A{~z", 4);
@@ -209,21 +192,14 @@ TEST(Hex, ShowsRowsOfSixteen) {
 }
 
 TEST(Helpers, CutPathsAndFrameNames) {
-    char whole[] = "a/b/c";
-    char folder[] = "a/";
-    char bare[] = "c";
-    EXPECT_EQ(Fundo_reverseEqualOrder(whole), 4);
-    EXPECT_EQ(Fundo_reverseEqualOrder(folder), -1);
-    EXPECT_EQ(Fundo_reverseEqualOrder(bare), -1);
+    const auto offsetIn = [](std::string path) { return Fundo_reverseEqualOrder(path.data()); };
+    EXPECT_EQ(offsetIn("a/b/c"), 4);
+    EXPECT_EQ(offsetIn("a/"), -1);
+    EXPECT_EQ(offsetIn("c"), -1);
     char out[16] = {};
     EXPECT_EQ(addLibName("", out, 8), 3U);
     EXPECT_EQ(addLibName("library", out, 3), 6U);
     EXPECT_STREQ(out, "[lib] ");
-}
-
-void* logFromSmallStack(void*) {
-    Log::logWarn("small stack\n");
-    return nullptr;
 }
 
 TEST(Log, WorksOnASmallStackAndFromManyThreads) {
@@ -232,11 +208,10 @@ TEST(Log, WorksOnASmallStackAndFromManyThreads) {
     pthread_attr_init(&attributes);
     ASSERT_EQ(pthread_attr_setstacksize(&attributes, 16384), 0);
     pthread_t small;
-    ASSERT_EQ(pthread_create(&small, &attributes, logFromSmallStack, nullptr), 0);
+    const auto log = [](void*) -> void* { return Log::logWarn("small stack\n"), nullptr; };
+    ASSERT_EQ(pthread_create(&small, &attributes, log, nullptr), 0);
     pthread_join(small, nullptr);
     pthread_attr_destroy(&attributes);
-#else
-    logFromSmallStack(nullptr);
 #endif
     LogCapture capture(3);
     std::vector<std::thread> threads;
@@ -248,8 +223,7 @@ TEST(Log, WorksOnASmallStackAndFromManyThreads) {
     }
     for (int i = 0; i < 50; ++i) {
         Log::setPrintOptions(Options{});
-        Log::setLogPrinter(i % 2 == 0 ? Log::TFunction1<void, const char*>(+[](const char*) {})
-                                      : Log::TFunction1<void, const char*>());
+        Log::setLogPrinter(i % 2 == 0 ? Printer(+[](const char*) {}) : Printer());
     }
     for (std::thread& thread : threads)
         thread.join();
@@ -257,11 +231,11 @@ TEST(Log, WorksOnASmallStackAndFromManyThreads) {
     EXPECT_EQ(capture.count("thread 7 line 199\n"), 1U);
 }
 
-struct LogsWhenItDies {
-    ~LogsWhenItDies() { Log::logError("static destructor\n"); }
-};
-
 void logAtExit() { Log::logError("exit handler\n"); }
+
+struct LogsWhenItDies {
+    ~LogsWhenItDies() { logAtExit(); }
+};
 
 TEST(LogDeathTest, WorksToTheVeryEndOfTheProcess) {
     EXPECT_EXIT(

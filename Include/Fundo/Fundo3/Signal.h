@@ -20,7 +20,7 @@ public:
     using Proc = TFunction5<void, A1, A2, A3, A4, A5>;
 
     /// Where a procedure goes in the table.
-    enum SlotPosition {
+    enum SlotPosition : int {
         any = 0,   ///< the first free slot; moves nothing
         back = 1,  ///< the very end
         front = 2  ///< the very start

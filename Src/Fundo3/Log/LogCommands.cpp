@@ -8,6 +8,7 @@
 #include "Fundo/Fundo3/PrintLog.h"
 #include "Fundo3/Log/LogFile.h"
 #include "Fundo3/Log/ModuleTable.h"
+#include "Fundo3/Log/Options.h"
 
 // The command language of setLogFilter(): a table of options. The first row that fits in name and number of
 // words is done; anything else is ignored.
@@ -20,20 +21,18 @@ namespace {
 
 using Detail::LogFileSettings;
 
-// clang-format off: the texts are searched for, so each stands whole on its line
+// The texts are searched for, so each stands whole on its line.
+// clang-format off
 constexpr const char* kUsage[] = {
     "logfilter command usage:",
-    "logfilter -loglevel [levelnum](0-no printlevel, 1-fatal, 2-error, 3-warn, 4-info, 5-trace, 6-debug): "
-    "set log level",
+    "logfilter -loglevel [levelnum](0-no printlevel, 1-fatal, 2-error, 3-warn, 4-info, 5-trace, 6-debug): set log level",
     "logfilter -logmodule [modulename] [on/off] #turn module's log on/off",
     "logfilter -logmodule [on/off] #turn ALL module's log on/off",
     "logfilter -logpath [logpath/] #logger module's log to logpath or cancel logger(by set path to )",
     "logfilter -logmodulestatistics  [on/off] #turn ALL module's logstatistics func on/off",
     "logfiter -logsize [logsize] #log file max size limited to logsize Kbytes",
-    "logfiter -logsavesetting bysize [logsize] [maxnumber]#(logsize-log will save as a new file if log's "
-    "size reaches to logsize),(maxnumber-total log file)",
-    "logfiter -logsavesetting byday [on/off] [maxnumber] #(on-log will save as a new file if date "
-    "changes),(maxnumber-total log file)",
+    "logfiter -logsavesetting bysize [logsize] [maxnumber]#(logsize-log will save as a new file if log's size reaches to logsize),(maxnumber-total log file)",
+    "logfiter -logsavesetting byday [on/off] [maxnumber] #(on-log will save as a new file if date changes),(maxnumber-total log file)",
     "logfiter -logsavesetting none #log file save in the old way",
 };
 // clang-format on
@@ -57,12 +56,9 @@ void setAllModules(const Words& words) {
     __atomic_store_n(&Fundo_openLog, is(words.first, "off") ? 0 : 2, __ATOMIC_RELAXED);
 }
 
-template <bool PrintOptions::*flag>
+template <Detail::OptionFlag flag>
 void hideUnlessOn(const Words& words) {
-    PrintOptions options;
-    getPrintOptions(&options);
-    options.*flag = !isOn(words.first);
-    setPrintOptions(options);
+    Detail::setOption(flag, !isOn(words.first));
 }
 
 void setPath(const Words& words) { LogFileSettings::setPath(words.first); }
@@ -101,10 +97,10 @@ constexpr LogCommand s_commands[] = {
     {"-loglevel", 1, kAny, setLevel},
     {"-logmodule", 3, kAny, setOneModule},
     {"-logmodule", 2, 2, setAllModules},
-    {"-logtime", 1, kAny, hideUnlessOn<&PrintOptions::noTime>},
-    {"-logthread", 1, kAny, hideUnlessOn<&PrintOptions::noThread>},
-    {"-logversion", 1, kAny, hideUnlessOn<&PrintOptions::noVersion>},
-    {"-logfunction", 1, kAny, hideUnlessOn<&PrintOptions::noFunction>},
+    {"-logtime", 1, kAny, hideUnlessOn<Detail::kNoTime>},
+    {"-logthread", 1, kAny, hideUnlessOn<Detail::kNoThread>},
+    {"-logversion", 1, kAny, hideUnlessOn<Detail::kNoVersion>},
+    {"-logfunction", 1, kAny, hideUnlessOn<Detail::kNoFunction>},
     {"-logpath", 2, kAny, setPath},
     {"-logsize", 1, kAny, setSize},
     {"-logmodulestatistics", 2, 2, setStatistics},

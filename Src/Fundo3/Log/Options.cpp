@@ -25,6 +25,12 @@ bool Detail::isOptionSet(OptionFlag flag) {
     return __atomic_load_n(s_printOptions + flag, __ATOMIC_RELAXED) != 0;
 }
 
+void Detail::setOption(OptionFlag flag, bool on) {
+    const char byte = on ? 1 : 0;
+    storeBytes(s_printOptions + flag, &byte, 1);
+    storeBytes(Fundo_getPrintOption() + flag, &byte, 1);
+}
+
 void setPrintOptions(PrintOptions options) {
     char bytes[sizeof options];
     std::memcpy(bytes, &options, sizeof options);

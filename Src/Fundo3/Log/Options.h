@@ -6,7 +6,7 @@
 
 // The options live twice: the namespace copy, which decides about log file and version text, and the flat
 // flags behind Fundo_getPrintOption(), which the composer reads. setPrintOptions() writes both; a user of
-// the flat layer may change the flat ones alone.
+// the flat layer may change the flat ones alone, and a command must leave those as they are.
 //
 // Any thread reads while a console writes, so every flag is read and written as a relaxed atomic byte.
 
@@ -35,5 +35,8 @@ bool isFlatFlagSet(OptionFlag flag);
 
 // A flag of the namespace copy.
 bool isOptionSet(OptionFlag flag);
+
+// Sets one flag in both copies.
+void setOption(OptionFlag flag, bool on);
 
 }  // namespace Tovra::Fundo::Detail

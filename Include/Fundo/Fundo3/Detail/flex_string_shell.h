@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "Fundo/Fundo3/Detail/PlatformAssert.h"
 
@@ -23,6 +24,10 @@ class flex_string : private Storage {
     static constexpr char kHeader[] = "./Include/Fundo/Fundo3/Detail/flex_string_shell";
     using View = std::basic_string_view<E, T>;
 
+    // What may be one of a pair of positions: a literal 0 is a count there, never a null pointer.
+    template <typename I>
+    using IfPosition = std::enable_if_t<std::is_convertible_v<I, const E*> && !std::is_integral_v<I>>;
+
 public:
     using value_type = E;
     using traits_type = T;
@@ -34,8 +39,8 @@ public:
     flex_string() noexcept = default;
     flex_string(const E* text) : Storage(text, T::length(text)) {}
     flex_string(const E* text, size_type n) : Storage(text, n) {}
-    flex_string(E* first, E* last) : Storage(first, static_cast<size_type>(last - first)) {}
-    flex_string(const E* first, const E* last) : Storage(first, static_cast<size_type>(last - first)) {}
+    template <typename I, typename = IfPosition<I>>
+    flex_string(const E* first, I last) : Storage(first, distance(first, last)) {}
     flex_string(size_type n, E c) { Storage::resize(n, c); }
     flex_string(const std::basic_string<E, T>& text) : Storage(text.data(), text.size()) {}
     flex_string(const flex_string&) = default;
@@ -60,8 +65,8 @@ public:
 
     E& operator[](size_type pos) { return begin()[pos]; }
     const E& operator[](size_type pos) const { return begin()[pos]; }
-    E& at(size_type pos) { return begin()[within(pos, size() - (size() > 0))]; }
-    const E& at(size_type pos) const { return begin()[within(pos, size() - (size() > 0))]; }
+    E& at(size_type pos) { return begin()[index(pos)]; }
+    const E& at(size_type pos) const { return begin()[index(pos)]; }
     E& back() { return end()[-1]; }
     const E& back() const { return end()[-1]; }
 
@@ -102,8 +107,9 @@ public:
         return append(s + fitting, n - fitting);
     }
     flex_string& assign(const E* text) { return assign(text, T::length(text)); }
-    flex_string& assign(const E* first, const E* last) {
-        return assign(first, static_cast<size_type>(last - first));
+    template <typename I, typename = IfPosition<I>>
+    flex_string& assign(const E* first, I last) {
+        return assign(first, distance(first, last));
     }
 
     flex_string& erase(size_type pos = 0, size_type n = npos) {
@@ -114,9 +120,10 @@ public:
         resize(size() - n, E());
         return *this;
     }
-    iterator erase(const_iterator first, const_iterator last) {
-        const auto pos = static_cast<size_type>(first - begin());
-        erase(pos, static_cast<size_type>(last - first));
+    template <typename I, typename = IfPosition<I>>
+    iterator erase(const_iterator first, I last) {
+        const size_type pos = distance(begin(), first);
+        erase(pos, distance(first, last));
         return begin() + pos;
     }
 
@@ -153,9 +160,6 @@ public:
         return sum;
     }
     friend flex_string operator+(const flex_string& left, const E* right) { return left + View(right); }
-    friend flex_string operator+(const flex_string& left, const flex_string& right) {
-        return left + right.view();
-    }
     friend bool operator==(const flex_string& a, const flex_string& b) { return a.view() == b.view(); }
     friend bool operator==(const flex_string& a, const E* b) { return a.view() == b; }
     friend bool operator==(const E* a, const flex_string& b) { return b == a; }
@@ -173,8 +177,15 @@ public:
 private:
     View view() const { return View(begin(), size()); }
 
+    static size_type distance(const E* first, const E* last) { return static_cast<size_type>(last - first); }
+
     static size_type within(size_type pos, size_type limit) {
         if (pos > limit) throw std::out_of_range("");
+        return pos;
+    }
+
+    size_type index(size_type pos) const {
+        if (pos >= size()) throw std::out_of_range("");
         return pos;
     }
 

@@ -27,7 +27,7 @@ public:
 
     SmallStringOpt(const E* text, size_t n) {
         if (n <= maxSmallString) {
-            std::memcpy(buf_, text, n);
+            if (n != 0) std::memcpy(buf_, text, n);
             setSmallSize(n);
             return;
         }
@@ -97,6 +97,7 @@ public:
     }
 
     void append(const E* b, const E* e) {
+        if (b == e) return;
         if (!Small()) {
             storage().append(b, e);
             return;
