@@ -4,6 +4,8 @@
 
 #include <time.h>
 
+#include <climits>
+
 #include "Fundo/Fundo3/Thread.h"
 #include "Fundo/Fundo3/Time.h"
 #include "Fundo3/Report.h"
@@ -21,6 +23,9 @@ namespace {
 
 constexpr char kSeparators[] = {'.', '-', '/'};  // by the numbers that old code gives them
 
+// No field wraps round to a late date.
+int lowered(int field, int by) { return field < INT_MIN + by ? INT_MIN : field - by; }
+
 }  // namespace
 
 // Constants, since normalising them at load would settle the zone before main can choose it. No zone skips
@@ -37,8 +42,8 @@ CTime::CTime(int yearOf, int monthOf, int dayOf, int hourOf, int minuteOf, int s
 
 unsigned long long CTime::makeTime() const {
     tm fields{};
-    fields.tm_year = year - 1900;
-    fields.tm_mon = month - 1;
+    fields.tm_year = lowered(year, 1900);
+    fields.tm_mon = lowered(month, 1);
     fields.tm_mday = day;
     fields.tm_hour = hour;
     fields.tm_min = minute;
@@ -62,11 +67,12 @@ void CTime::breakTime(unsigned long long time) {
 }
 
 CTime CTime::operator+(long long seconds) const {
-    const long long sum = static_cast<long long>(makeTime()) + seconds;
+    long long sum = 0;
+    if (__builtin_add_overflow(static_cast<long long>(makeTime()), seconds, &sum)) return {};
     return {sum < 0 ? 0 : static_cast<unsigned long long>(sum)};
 }
 
-CTime CTime::operator-(long long seconds) const { return *this + -seconds; }
+CTime CTime::operator-(long long seconds) const { return seconds == LLONG_MIN ? CTime() : *this + -seconds; }
 
 long long CTime::operator-(const CTime& other) const {
     return static_cast<long long>(makeTime()) - static_cast<long long>(other.makeTime());

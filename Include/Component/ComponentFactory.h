@@ -81,7 +81,7 @@ FUNDO_API void initComponent();
 namespace Detail {
 
 /// Turns the reference that the framework handed out into a counted pointer. What is of another type gives
-/// its reference back. An empty result of the framework has set the last error.
+/// its reference back.
 template <class T>
 TComPtr<T> adopt(IUnknown* object) {
     CComponentHelper::makeComponentObject(object);
@@ -99,16 +99,21 @@ TComPtr<T> adoptFactory(IFactoryUnknown* factory, IClient* client) {
 
 }  // namespace Detail
 
-/// A new object of a class as a counted pointer; empty if it cannot be made or is no T.
+/// A new object of a class as a counted pointer; empty if it cannot be made, with the last error 0x1003000d,
+/// or is no T.
 template <class T>
 TComPtr<T> createComponentObject(const char* clsid, const ServerInfo* info = nullptr) {
     return Detail::adopt<T>(createComponentObject(clsid, info));
 }
 
-/// The shared object of a class and server as a counted pointer; empty if it cannot be made or is no T.
+/// The shared object of a class and server as a counted pointer; empty if it cannot be made, with the last
+/// error 0x1003000e, or is no T.
 template <class T>
 TComPtr<T> getComponentInstance(const char* clsid, const ServerInfo* info = nullptr) {
-    return Detail::adopt<T>(getComponentInstance(clsid, info));
+    IUnknown* object = getComponentInstance(clsid, info);
+    if (object != nullptr) return Detail::adopt<T>(object);
+    Detail::CComponentHelper::makeComponentInstance(nullptr);  // sets the error
+    return {};
 }
 
 /// The factory of a class, logged in if its class is remote, as a pointer that holds the client; empty on

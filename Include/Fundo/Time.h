@@ -35,7 +35,7 @@ public:
     /// Becomes the local time of seconds since 1970 in UTC; stays as it is if the platform has none.
     void breakTime(unsigned long long time);
 
-    /// So many seconds later.
+    /// So many seconds later. All fields are 0 where the platform has no such time.
     CTime operator+(long long seconds) const;
     /// So many seconds earlier; not before 1970 in UTC.
     CTime operator-(long long seconds) const;

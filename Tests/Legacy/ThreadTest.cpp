@@ -1,4 +1,4 @@
-// Old threads, timers and locks, in one translation unit with the current ones.
+// Old threads, timers and locks.
 #include "Fundo/Thread.h"
 
 #include <gtest/gtest.h>
@@ -8,15 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "Fundo/Fundo3/Mutex.h"
-#include "Fundo/Fundo3/PrintLog.h"
-#include "Fundo/Fundo3/Semaphore.h"
-#include "Fundo/Fundo3/ThreadManager.h"
-#include "Fundo/Fundo3/Time.h"
-#include "Fundo/Fundo3/Timer.h"
-#include "Fundo/Fundo3/TimerManager.h"
 #include "Fundo/Mutex.h"
-#include "Fundo/PrintLog.h"
 #include "Fundo/Semaphore.h"
 #include "Fundo/ThreadManager.h"
 #include "Fundo/Timer.h"
@@ -24,244 +16,137 @@
 #include "Support/Await.h"
 #include "Support/LogCapture.h"
 
-using Support::await;
-using Support::LogCapture;
+using namespace Support;
 
 namespace {
 
-class Looper : public CThread {
-public:
-    explicit Looper(std::atomic<int>& inside) : CThread("Looper", 64, 0, 0), m_inside(inside) {}
+std::atomic<int> s_inside{0};
 
+struct Looper : CThread {
+    Looper() : CThread("Looper", 64, 0, 0) {}
     void ThreadProc() override {
-        std::atomic<int>& inside = m_inside;
-        ++inside;
+        ++s_inside;
         while (looping())
             Tovra::Fundo::CThread::sleep(1);
-        --inside;
+        --s_inside;
     }
-
-private:
-    std::atomic<int>& m_inside;
 };
 
 TEST(LegacyThread, RunsItsBodyUnderItsNameUntilItIsDestroyed) {
-    std::atomic<int> inside{0};
-    Looper thread(inside);
-    EXPECT_TRUE(thread.IsThreadOver());
-    EXPECT_EQ(thread.GetThreadID(), -1);
-    thread.SetThreadName("Renamed");
-    ASSERT_TRUE(thread.CreateThread());
-    await([&] { return inside == 1; });
-    EXPECT_FALSE(thread.IsThreadOver());
-    EXPECT_FALSE(thread.CreateThread());
-    EXPECT_TRUE(Tovra::Fundo::CThreadManager::instance()->hasThread(thread.GetThreadID()));
-
-    LogCapture log(4);
-    IThreadManager::instance()->DumpThreads();
-    EXPECT_EQ(log.count("Renamed"), 1U);
-
-    std::string late = "unchanged?";
-    EXPECT_FALSE(IThreadManager::instance()->GetTimeOutThreads(late));
-    thread.setTimeout(1, 1);
-    EXPECT_TRUE(thread.IsTimeout());
-    EXPECT_TRUE(IThreadManager::instance()->GetTimeOutThreads(late));
-    EXPECT_EQ(late.find("Renamed("), 0U) << late;
-    thread.SetTimeout(static_cast<unsigned long>(-1));
-    EXPECT_FALSE(thread.IsTimeout());
-    EXPECT_FALSE(CThread::SetCurrentTimeout(5)) << "this is no thread of the library";
-
-    EXPECT_TRUE(thread.DestroyThread());
-    EXPECT_EQ(inside, 0);
-    EXPECT_FALSE(thread.DestroyThread());
-}
-
-TEST(LegacyThread, IsStoppedByTheDestructorOfItsOwner) {
-    std::atomic<int> inside{0};
-    {
-        Looper thread(inside);
-        ASSERT_TRUE(thread.CreateThread());
-        await([&] { return inside == 1; });
-    }
-    EXPECT_EQ(inside, 0);
-}
-
-TEST(LegacyThreadDeathTest, NeedsAnOwner) {
-    EXPECT_DEATH(CThreadDrived(nullptr, "Nobody", 64, 0, 0), "Src/Thread:.*m_owner != NULL");
-}
-
-TEST(LegacyThread, OddsAndEndsAnswerAsTheyAlwaysDid) {
-    int argument = 0;
-    EXPECT_EQ(ThreadBody(&argument), 0);
-    std::atomic<int> inside{0};
-    Looper thread(inside);
-    EXPECT_EQ(thread.ShareSocket(7), 7);
-    EXPECT_EQ(CThread::GetCurrentThreadID(), Tovra::Fundo::CThread::getCurrentThreadID());
     LogCapture log(5);
-    EXPECT_EQ(IThreadManager::instance(), CThreadManager::instance());
+    IThreadManager* manager = IThreadManager::instance();
     EXPECT_GE(log.count("CThreadManager::CThreadManager()>>>>>>>>>"), 1U);
-}
-
-// A subclass of two bases, so that its CObject is not where it begins itself.
-struct Padding {
-    virtual ~Padding() = default;
-    long padding = 0;
-};
-
-struct Target : Padding, CObject {
-    void take(unsigned int param) {
-        last = param;
-        ++calls;
+    {
+        Looper thread;
+        EXPECT_TRUE(thread.IsThreadOver() && thread.GetThreadID() == -1);
+        thread.SetThreadName("Renamed");
+        ASSERT_TRUE(thread.CreateThread());
+        await([] { return s_inside == 1; });
+        EXPECT_FALSE(thread.IsThreadOver() || thread.CreateThread());
+        manager->DumpThreads();
+        EXPECT_GT(log.count("Renamed") * log.count(std::to_string(thread.GetThreadID())), 0U);
+        thread.setTimeout(1, 1);
+        std::string late;
+        EXPECT_TRUE(thread.IsTimeout() && manager->GetTimeOutThreads(late) && late.find("Renamed(") == 0);
+        thread.SetTimeout(static_cast<unsigned long>(-1));
+        EXPECT_FALSE(thread.IsTimeout() || manager->GetTimeOutThreads(late));
+        EXPECT_TRUE(thread.DestroyThread() && s_inside == 0 && !thread.DestroyThread());
+        ASSERT_TRUE(thread.CreateThread() && thread.ShareSocket(7) == 7);
+        await([] { return s_inside == 1; });
     }
-    void other(unsigned int param) { last = ~param; }
-    void takeLong(unsigned long param) { lastLong = param; }
-
-    std::atomic<unsigned int> last{0};
-    std::atomic<unsigned long> lastLong{0};
-    std::atomic<int> calls{0};
-};
-
-using Method = void (CObject::*)(unsigned int);
-
-TEST(LegacyTimer, CallsAMethodOfAnObjectWithTheWholeParameter) {
-    Target target;
-    CTimer timer("Object");
-    CObject* object = &target;
-    EXPECT_TRUE(timer.Start(object, static_cast<Method>(&Target::take), 0U, 0U, 0xFFFFFFFFU, 0U));
-    await([&] { return target.calls == 1; });
-    EXPECT_EQ(target.last, 0xFFFFFFFFU);
-    EXPECT_TRUE(timer.StopAndWait());
-    EXPECT_TRUE(timer.Start(object, static_cast<Method>(&Target::other), 0U, 0U, 1U, 0U));
-    await([&] { return target.last == ~1U; });
-    EXPECT_TRUE(timer.StopAndWait());
-    EXPECT_TRUE(timer.Start(object, static_cast<Method>(&Target::take), 10U, 10U, 5U, 0U));
-    await([&] { return target.calls >= 3; });
-    EXPECT_TRUE(timer.StopAndWait());
-    EXPECT_EQ(target.last, 5U);
+    EXPECT_EQ(s_inside, 0) << "the owner's end stops the thread";
+    EXPECT_FALSE(CThread::SetCurrentTimeout(5)) << "this is no thread of the library";
+    EXPECT_EQ(CThread::GetCurrentThreadID(), Tovra::Fundo::CThread::getCurrentThreadID());
 }
 
-// Each call must reach the object and the parameter that it was armed with, whoever arms meanwhile.
-TEST(LegacyTimer, MayBeRestartedByManyThreadsWithTargetsOfTheirOwn) {
-    struct Numbered : CObject {
-        void check(unsigned int param) { wrong = wrong || param != number; }
-        unsigned int number = 0;
-        std::atomic<bool> wrong{false};
-    };
-    Numbered targets[4];
+struct Seen : CObject {
+    unsigned int number = 0;
+    std::atomic<bool> wrong{false};
+    std::atomic<unsigned long> last{0};
+};
+
+// The string stands in front, so that the CObject is not where the object begins.
+struct Target : std::string, Seen {
+    void take(unsigned int param) { last = param; }
+    void check(unsigned int param) { wrong = wrong || param != number; }
+    void takeLong(unsigned long param) { last = param; }
+};
+
+// Each call must reach the object, method and parameter that it was armed with, whoever arms meanwhile.
+TEST(LegacyTimer, CallsTheMethodItWasStartedWithWhoeverRestartsIt) {
+    using Method = void (CObject::*)(unsigned int);
+    Target targets[4];
     CTimer timer("Shared");
+    EXPECT_TRUE(timer.Start(&targets[0], static_cast<Method>(&Target::take), 10U, 10U, 0xFFFFFFFFU, 0U));
+    for (int round = 0; round < 2; ++round) {
+        await([&] { return targets[0].last == 0xFFFFFFFFU; });
+        targets[0].last = 0;
+    }
+    EXPECT_TRUE(timer.StopAndWait());
+    targets[0].last = 0;
+
     std::vector<std::thread> threads;
     for (unsigned int i = 0; i < 4; ++i) {
         targets[i].number = i;
         threads.emplace_back([&, i] {
-            const auto method = static_cast<Method>(&Numbered::check);
-            for (int round = 0; round < 50; ++round)
-                timer.Start(&targets[i], method, static_cast<unsigned int>(round % 2), 0U, i, 0U);
+            for (unsigned int round = 0; round < 50; ++round)
+                timer.Start(&targets[i], static_cast<Method>(&Target::check), round % 2, 0U, i, 0U);
         });
     }
     for (std::thread& thread : threads)
         thread.join();
     timer.StopAndWait();
-    for (const Numbered& target : targets)
-        EXPECT_FALSE(target.wrong);
+    for (const Target& each : targets)
+        EXPECT_FALSE(each.wrong || each.last != 0);
 }
 
 std::atomic<unsigned long> s_called{0};
 void setCalled(unsigned long value) { s_called = value; }
 
 TEST(LegacyTimer, CallsDelegatesAndForwardsItsState) {
-    Target target;
-    CTimer timer("First");
-    EXPECT_TRUE(timer.Start({&Target::takeLong, &target}, 0UL, 0UL, 1UL << 40, 0UL));
-    await([&] { return target.lastLong == 1UL << 40; });
-    EXPECT_TRUE(timer.StopAndWait());
-    EXPECT_TRUE(timer.IsCalled());
-
-    const auto never = static_cast<unsigned long>(-1);
-    EXPECT_TRUE(timer.Start(&setCalled, never, 0UL, 1UL, never));
-    timer.SetName("Another");
-    EXPECT_STREQ(timer.GetName(), "Another");
-    EXPECT_TRUE(timer.IsStarted());
-    EXPECT_FALSE(timer.IsRunning());
-    LogCapture log(4);
-    ITimerManager::instance()->DumpTimers();
-    EXPECT_EQ(log.count("Another"), 1U);
-    EXPECT_TRUE(timer.Stop(true)) << "fires the pending call";
-    await([] { return s_called == 1; });
-    EXPECT_TRUE(timer.StopAndWait());
-    EXPECT_FALSE(timer.Stop(false));
-}
-
-TEST(LegacyDelegate, BecomesTheCurrentOneOfTheSameTarget) {
     using Current = Tovra::Fundo::TFunction1<void, unsigned long>;
     using Old = TFunction1<void, unsigned long>;
     Target target;
     const Old member(&Target::takeLong, &target);
-    const Current current = member;
-    EXPECT_EQ(current.type(), 1U);
-    EXPECT_TRUE(current == Current(&Target::takeLong, &target));
-    current(3);
-    EXPECT_EQ(target.lastLong, 3U);
-    EXPECT_EQ(static_cast<Current>(Old(&setCalled)).type(), 2U);
-    EXPECT_TRUE(static_cast<Current>(Old(nullptr)).empty());
-    EXPECT_TRUE(member != Old(&setCalled));
-    EXPECT_TRUE(Old().empty());
+    EXPECT_TRUE(Current(member) == Current(&Target::takeLong, &target) && member != Old(&setCalled));
+    EXPECT_TRUE(Current(Old(&setCalled)) == Current(&setCalled) && Current(Old(nullptr)).empty());
+    CTimer timer("First");
+    EXPECT_TRUE(timer.Start(member, 0UL, 0UL, 1UL << 40, 0UL));
+    await([&] { return target.last == 1UL << 40; });
+    EXPECT_TRUE(timer.StopAndWait() && timer.IsCalled());
+    const auto never = static_cast<unsigned long>(-1);
+    EXPECT_TRUE(timer.Start(&setCalled, never, 0UL, 1UL, never));
+    timer.SetName("Another");
+    EXPECT_TRUE(timer.IsStarted() && !timer.IsRunning());
+    LogCapture log(4);
+    ITimerManager::instance()->DumpTimers();
+    EXPECT_EQ(log.count(timer.GetName()) * log.count("Another"), 1U);
+    EXPECT_TRUE(timer.Stop(true)) << "fires the pending call";
+    await([] { return s_called == 1; });
+    EXPECT_TRUE(timer.StopAndWait() && !timer.Stop(false));
 }
 
-TEST(LegacyMutex, ExcludesOtherThreadsAndCountsEntriesIfRecursive) {
+TEST(LegacyLocks, ExcludeCountAndStopTheProcessWhenMisused) {
     for (const CMutex::Type type : {CMutex::normal, CMutex::recursive}) {
         CMutex mutex(type);
-        EXPECT_TRUE(mutex.Enter());
-        EXPECT_EQ(mutex.TryEnter(), type == CMutex::recursive);
+        EXPECT_TRUE(mutex.Enter() && mutex.TryEnter() == (type == CMutex::recursive));
         EXPECT_TRUE(type == CMutex::normal || mutex.Leave());
-        bool taken = true;
-        std::thread([&] { taken = mutex.TryEnter(); }).join();
-        EXPECT_FALSE(taken);
+        std::thread([&] { EXPECT_FALSE(mutex.TryEnter()); }).join();
         EXPECT_TRUE(mutex.Leave());
     }
-}
-
-#if !defined(__SANITIZE_THREAD__)
-// ThreadSanitizer stops at the destruction of a held mutex before the library can.
-TEST(LegacyMutexDeathTest, CannotBeDestroyedWhileItIsHeld) {
-    EXPECT_DEATH(
-        {
-            CMutex mutex(CMutex::normal);
-            mutex.Enter();
-        },
-        "Src/Mutex:.*ret == 0");
-}
-#endif
-
-TEST(LegacySemaphore, CountsAndWakes) {
     CSemaphore semaphore(2);
-    EXPECT_EQ(semaphore.Pend(), 0);
-    EXPECT_EQ(semaphore.Pend(), 0);
-    std::atomic<bool> woken{false};
-    std::thread waiter([&] {
-        semaphore.Pend();
-        woken = true;
-    });
-    EXPECT_FALSE(woken);
+    EXPECT_EQ(semaphore.Pend() + semaphore.Pend(), 0);
+    std::atomic<bool> posted{false};
+    std::thread waiter([&] { EXPECT_TRUE(semaphore.Pend() == 0 && posted); });
+    posted = true;
     EXPECT_EQ(semaphore.Post(), 0);
     waiter.join();
-    EXPECT_TRUE(woken);
-}
 
-TEST(LegacySemaphoreDeathTest, RefusesACountBeyondThePlatform) {
-    EXPECT_DEATH(CSemaphore semaphore(0x80000000U), "Src/Semaphore:.*KERN_SUCCESS == ret");
-}
-
-TEST(LegacyPrint, GlobalEntriesLogUnderTheLibrarysName) {
-    LogCapture log(6);
-    logDebug("debug %d\n", 1);
-    logLibName(2, "old", "named\n");
-    unsigned char bytes[] = {0xAB, 0xCD};
-    DumpHex(bytes, sizeof bytes);
-    ASSERT_GE(log.lines().size(), 3U);
-    EXPECT_NE(log.lines()[0].find("[libFundo]"), std::string::npos);
-    EXPECT_EQ(log.count("debug 1"), 1U);
-    EXPECT_NE(log.lines()[1].find("[old]"), std::string::npos);
-    EXPECT_EQ(log.count("cd "), 1U);
+    EXPECT_DEATH(CSemaphore tooMany(0x80000000U), "Src/Semaphore:.*KERN_SUCCESS == ret");
+    EXPECT_DEATH(CThreadDrived(nullptr, "Nobody", 64, 0, 0), "Src/Thread:.*m_owner != NULL");
+#if !defined(__SANITIZE_THREAD__)  // it stops at the destruction of a held mutex before the library can
+    EXPECT_DEATH(CMutex(CMutex::normal).Enter(), "Src/Mutex:.*ret == 0");
+#endif
 }
 
 }  // namespace
