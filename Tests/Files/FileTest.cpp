@@ -129,6 +129,7 @@ TYPED_TEST(AnyFile, DoesNothingWithoutAnOpenFile) {
     EXPECT_EQ(file.getLength() + file.getPosition(), 0);
     EXPECT_FALSE(file.setvbuf(nullptr, TypeParam::ioUnbuffered, 0));
     EXPECT_FALSE(file.open(this->m_dir.path("none").c_str(), TypeParam::modeRead));
+    EXPECT_FALSE(file.open(nullptr, TypeParam::modeRead));
     EXPECT_EQ(file.load(this->m_dir.path("none").c_str()), nullptr);
 }
 
