@@ -79,14 +79,10 @@ TEST(Trees, AreMadeAndRemovedWithoutFollowingLinks) {
     EXPECT_FALSE(std::filesystem::exists(dir.path("a")));
     EXPECT_FALSE(CFile::removeDirectoryRecursively(dir.path("a").c_str(), true));
     EXPECT_FALSE(CFile::removeDirectoryRecursively(nullptr, true));
-}
 
-TEST(Trees, APathTooLongForTheListingRemovesNothing) {
-    TempDir dir;
-    touch(dir.path("file"));
-    const std::string path = dir.path() + std::string(1100, '/');
-    EXPECT_FALSE(CFile::removeDirectoryRecursively(path.c_str(), false));
-    EXPECT_TRUE(std::filesystem::exists(dir.path("file")));
+    // A path too long for the listing removes nothing.
+    EXPECT_FALSE(CFile::removeDirectoryRecursively((dir.path() + std::string(1100, '/')).c_str(), false));
+    EXPECT_TRUE(std::filesystem::exists(dir.path("kept/file")));
 }
 
 }  // namespace
