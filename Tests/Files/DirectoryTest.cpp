@@ -18,7 +18,7 @@ void touch(const std::string& path) { std::ofstream(path) << "1234"; }
 template <class Find>
 class Listing : public testing::Test {};
 using FindClasses = testing::Types<CFileFind, CFileFindEx>;
-TYPED_TEST_SUITE(Listing, FindClasses);
+TYPED_TEST_SUITE(Listing, FindClasses, );
 
 TYPED_TEST(Listing, ShowsEveryEntryWithItsAttributes) {
     TempDir dir;

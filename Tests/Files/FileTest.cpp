@@ -27,7 +27,7 @@ protected:
     TempDir m_dir;
 };
 using FileClasses = testing::Types<CFile, CLfsFile>;
-TYPED_TEST_SUITE(AnyFile, FileClasses);
+TYPED_TEST_SUITE(AnyFile, FileClasses, );
 
 TYPED_TEST(AnyFile, AsksTheFileSystemForTheModeThatTheFlagsName) {
     RecordingFileSystem fs;
@@ -55,6 +55,7 @@ TYPED_TEST(AnyFile, AsksTheFileSystemForTheModeThatTheFlagsName) {
 
 // Random operations against a plain stdio stream on a file of the same content.
 TYPED_TEST(AnyFile, KeepsPositionLengthAndContentLikeAStdioStream) {
+    using Count = std::conditional_t<std::is_same_v<TypeParam, CFile>, size_t, long long>;
     const unsigned seed = std::random_device{}();
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
@@ -79,14 +80,14 @@ TYPED_TEST(AnyFile, KeepsPositionLengthAndContentLikeAStdioStream) {
                 const long place = below(static_cast<unsigned>(length) + 1);
                 ASSERT_EQ(file.seek(place, TypeParam::begin), place);
                 std::fseek(model, place, SEEK_SET);
-                ASSERT_EQ(file.write(mine, static_cast<size_t>(count)), count);
+                ASSERT_EQ(file.write(mine, static_cast<Count>(count)), count);
                 std::fwrite(mine, 1, static_cast<size_t>(count), model);
                 file.flush();
                 std::fflush(model);
                 break;
             }
             case 1: {
-                const auto got = file.read(mine, static_cast<size_t>(count));
+                const auto got = file.read(mine, static_cast<Count>(count));
                 ASSERT_EQ(got, static_cast<long>(std::fread(other, 1, static_cast<size_t>(count), model)));
                 ASSERT_EQ(std::string(mine, 300), std::string(other, 300));
                 break;
@@ -145,7 +146,6 @@ TYPED_TEST(AnyFile, KeepsAKnownLengthAndTruncatesOnCreate) {
     const std::string path = this->write("12345");
     TypeParam file;
     ASSERT_TRUE(file.open(path.c_str(), TypeParam::modeRead));
-    EXPECT_EQ(file.getLength(), 5);
     this->write("1234567890");
     EXPECT_EQ(file.getLength(), 5);
     ASSERT_TRUE(file.open(path.c_str(), TypeParam::modeReadWrite | TypeParam::modeCreate));
