@@ -37,6 +37,8 @@ int MemoryFileSystem::fclose(void* fp) {
 }
 
 size_t MemoryFileSystem::fread(void* buf, size_t size, size_t count, void* fp) {
+    if (size == 0) return 0;
+    const std::lock_guard<std::mutex> lock(m_mutex);
     Handle& file = *static_cast<Handle*>(fp);
     const size_t start = std::min(file.position, file.content->size());
     const size_t items = std::min(count, (file.content->size() - start) / size);
@@ -46,6 +48,7 @@ size_t MemoryFileSystem::fread(void* buf, size_t size, size_t count, void* fp) {
 }
 
 size_t MemoryFileSystem::fwrite(const void* buf, size_t size, size_t count, void* fp) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     Handle& file = *static_cast<Handle*>(fp);
     if (file.append) file.position = file.content->size();
     const size_t end = file.position + size * count;
@@ -154,6 +157,7 @@ int MemoryFileSystem::stat(const char* path, FileInfo& info) {
 }
 
 int MemoryFileSystem::fseek64(void* fp, long long offset, int whence) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     Handle& file = *static_cast<Handle*>(fp);
     long long target = offset;
     if (whence == SEEK_CUR) target += static_cast<long long>(file.position);

@@ -130,6 +130,7 @@ void BuddyPool::free(void* pointer) {
     FUNDO_ASSERT_IN(id >= 0, kFreeFunction);
     const size_t index = static_cast<size_t>(id);
     const MutexGuard guard(m_mutex);
+    if (m_orderCount == 0) return;
     if (kCatchMisuse) checkAllocated(pointer, index);
     ASAN_POISON_MEMORY_REGION(pointer, blockSize(static_cast<unsigned>(~node(index)->order)));
     merge(index);

@@ -78,7 +78,7 @@ private:
     const size_t m_totalSize;
     const unsigned m_chunkShift;
     const size_t m_chunkCount;
-    unsigned m_orderCount;
+    unsigned m_orderCount;               // 0 once closed
     uint32_t m_filled = 0;               // bit k: list k is not empty
     std::vector<ChunkNode> m_chunks;     // by slot()
     std::vector<ChunkNode> m_freeLists;  // heads of circular lists that work as stacks

@@ -18,7 +18,7 @@ void touch(const std::string& path) { std::ofstream(path) << "1234"; }
 template <class Find>
 class Listing : public testing::Test {};
 using FindClasses = testing::Types<CFileFind, CFileFindEx>;
-TYPED_TEST_SUITE(Listing, FindClasses);
+TYPED_TEST_SUITE(Listing, FindClasses, );
 
 TYPED_TEST(Listing, ShowsEveryEntryWithItsAttributes) {
     TempDir dir;
@@ -79,14 +79,10 @@ TEST(Trees, AreMadeAndRemovedWithoutFollowingLinks) {
     EXPECT_FALSE(std::filesystem::exists(dir.path("a")));
     EXPECT_FALSE(CFile::removeDirectoryRecursively(dir.path("a").c_str(), true));
     EXPECT_FALSE(CFile::removeDirectoryRecursively(nullptr, true));
-}
 
-TEST(Trees, APathTooLongForTheListingRemovesNothing) {
-    TempDir dir;
-    touch(dir.path("file"));
-    const std::string path = dir.path() + std::string(1100, '/');
-    EXPECT_FALSE(CFile::removeDirectoryRecursively(path.c_str(), false));
-    EXPECT_TRUE(std::filesystem::exists(dir.path("file")));
+    // A path too long for the listing removes nothing.
+    EXPECT_FALSE(CFile::removeDirectoryRecursively((dir.path() + std::string(1100, '/')).c_str(), false));
+    EXPECT_TRUE(std::filesystem::exists(dir.path("kept/file")));
 }
 
 }  // namespace

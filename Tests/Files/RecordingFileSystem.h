@@ -17,24 +17,8 @@ public:
         ++seeks;
         return failSeeks ? -1 : MemoryFileSystem::fseek(fp, offset, whence);
     }
-    size_t fwrite(const void* buf, size_t size, size_t count, void* fp) override {
-        return MemoryFileSystem::fwrite(buf, size, count < mostWritten ? count : mostWritten, fp);
-    }
 
     std::vector<std::string> modes;
     int seeks = 0;
     bool failSeeks = false;
-    size_t mostWritten = static_cast<size_t>(-1);
-};
-
-// Hooks a file system for the life of a test.
-class ScopedHook {
-public:
-    ScopedHook(const char* prefix, Tovra::Fundo::IFileSystem* fs) : m_prefix(prefix) {
-        Tovra::Fundo::hookFileSystem(prefix, fs);
-    }
-    ~ScopedHook() { Tovra::Fundo::hookFileSystem(m_prefix.c_str(), nullptr); }
-
-private:
-    std::string m_prefix;
 };

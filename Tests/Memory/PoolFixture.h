@@ -1,54 +1,69 @@
 #pragma once
 
-#include <atomic>
+#include <gtest/gtest.h>
+
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <future>
+#include <random>
+#include <string>
+#include <vector>
 
 #include "Memory/PacketManager.h"
+#include "Support/LogCapture.h"
 
 namespace Tests {
 
+using Support::LogCapture;
 using Tovra::Memory::CPacketManager;
 
-// Counts what passes through a memory operator; can be told to fail.
+// Counts what passes through a memory operator; can be told where its blocks start.
 struct CountingOperator {
-    std::atomic<int> mallocs{0};
-    std::atomic<int> frees{0};
-    std::atomic<int> copies{0};
-    std::atomic<size_t> lastSize{0};
-    std::atomic<bool> failing{false};
+    int frees = 0;
+    int copies = 0;
+    size_t lastSize = 0;
+    size_t shift = 0;
 
     void* malloc(size_t size) {
-        ++mallocs;
         lastSize = size;
-        return failing ? nullptr : std::malloc(size);
+        return static_cast<char*>(std::malloc(size + shift)) + shift;
     }
     void free(void* pointer) {
         ++frees;
-        std::free(pointer);
+        std::free(pointer == nullptr ? nullptr : static_cast<char*>(pointer) - shift);
     }
     void* memcpy(void* dst, const void* src, size_t n) {
         ++copies;
         return std::memcpy(dst, src, n);
     }
 
-    CPacketManager::MemoryOperator get() {
-        CPacketManager::MemoryOperator memop;
-        memop.malloc = {&CountingOperator::malloc, this};
-        memop.free = {&CountingOperator::free, this};
-        memop.memcpy = {&CountingOperator::memcpy, this};
-        return memop;
-    }
+    CPacketManager::MemoryOperator memop{{&CountingOperator::malloc, this},
+                                         {&CountingOperator::free, this},
+                                         {&CountingOperator::memcpy, this}};
 };
 
-// A pool for the whole test: each runs in a process of its own.
-inline CPacketManager* configure(CPacketManager::Policy policy, size_t totalSize = 0x200000,
-                                 size_t chunkSize = 1024) {
-    CPacketManager::PoolParameter param;
-    param.totalSize = totalSize;
-    param.chunkSize = chunkSize;
-    CPacketManager::config(policy, nullptr, &param);
+// The manager for the whole test: each runs in a process of its own.
+inline CPacketManager* configure(CPacketManager::Policy policy, CPacketManager::PoolParameter param = {},
+                                 CountingOperator* counting = nullptr) {
+    CPacketManager::config(policy, counting == nullptr ? nullptr : &counting->memop, &param);
     return CPacketManager::instance();
+}
+
+// The block of a pool with the usual chunks that holds so many bytes.
+inline size_t blockFor(size_t size) {
+    size_t block = 1024;
+    while (block < size)
+        block *= 2;
+    return block;
+}
+
+// Runs work(0), work(1) and so on, each on a thread of its own.
+template <class Work>
+void onThreads(unsigned count, Work work) {
+    std::vector<std::future<void>> running;  // each waits for its thread when it goes
+    for (unsigned number = 0; number < count; ++number)
+        running.push_back(std::async(std::launch::async, work, number));
 }
 
 }  // namespace Tests

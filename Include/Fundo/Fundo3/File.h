@@ -99,7 +99,8 @@ public:
     /// Whether a file is open.
     virtual bool isOpen();
 
-    /// Hands a vector write to the file system with the stream's descriptor.
+    /// Hands a vector write to the file system with the stream's descriptor: the file system's handles must
+    /// be streams of the C library.
     /// @return bytes written; -1 without a file. Any other result than 0 moves the
     /// position, so the -1 of a file system without vector writes lowers it by one
     virtual long writev(const io_vec* vec, int count);

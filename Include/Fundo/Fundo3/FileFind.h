@@ -12,8 +12,7 @@ class CFileFindImpl;
 /// A directory listing through the file system that serves its path.
 ///
 /// There is no matching of names: a pattern is a directory followed by "/" or "/*", and every entry is
-/// listed,
-/// "." and ".." too, in the order of the file system. A dangling link ends the listing at that entry,
+/// listed, "." and ".." too, in the order of the file system. A dangling link ends the listing at that entry,
 /// with a warning. Names of 237 characters and more are passed over, joined paths are cut at 258. An object
 /// serves one thread at a time.
 class FUNDO_API CFileFind {

@@ -101,7 +101,8 @@ public:
     /// Whether a file is open.
     virtual bool isOpen();
 
-    /// Hands a vector write to the file system with the stream's descriptor.
+    /// Hands a vector write to the file system with the stream's descriptor: the file system's handles must
+    /// be streams of the C library.
     /// @return bytes written; -1 without a file. A result below 1 leaves the position
     virtual long writev(const io_vec* vec, int count);
 

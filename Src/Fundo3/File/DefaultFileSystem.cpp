@@ -24,6 +24,9 @@ constexpr char kFopen[] = "virtual void *Tovra::Fundo::FileDefaultOpt::fopen(con
 
 FILE* stream(void* fp) { return static_cast<FILE*>(fp); }
 
+// A null path names nothing, as an empty one does: the system's calls need not take null.
+const char* named(const char* path) { return path != nullptr ? path : ""; }
+
 DIR* directory(long handle) { return reinterpret_cast<DIR*>(handle); }
 
 // The letters count wherever they stand.
@@ -80,7 +83,7 @@ void* FileDefaultOpt::fopen(const char* path, const char* mode) {
     const size_t direct = text.find('d');
     if (direct != std::string::npos) text.erase(direct, 1);
 
-    const int fd = ::open(path, openFlags(mode), 0666);
+    const int fd = ::open(named(path), openFlags(mode), 0666);
     if (fd < 0) return nullptr;
     FILE* file = ::fdopen(fd, text.c_str());
     // Contract: the descriptor stays open when fdopen fails; errno is fdopen's.
@@ -114,14 +117,16 @@ char* FileDefaultOpt::fgets(char* buf, int size, void* fp) { return std::fgets(b
 
 int FileDefaultOpt::fputs(const char* text, void* fp) { return std::fputs(text, stream(fp)); }
 
-int FileDefaultOpt::rename(const char* oldPath, const char* newPath) { return std::rename(oldPath, newPath); }
+int FileDefaultOpt::rename(const char* oldPath, const char* newPath) {
+    return std::rename(named(oldPath), named(newPath));
+}
 
-int FileDefaultOpt::remove(const char* path) { return std::remove(path); }
+int FileDefaultOpt::remove(const char* path) { return std::remove(named(path)); }
 
 long FileDefaultOpt::findfirst(const char* pattern, FileInfo& info) {
     char path[1024] = {};
-    const size_t length = std::strlen(pattern);
-    std::strncpy(path, pattern, sizeof path - 1);
+    const size_t length = std::strlen(named(pattern));
+    std::strncpy(path, named(pattern), sizeof path - 1);
     if (length > 0 && length < sizeof path && path[length - 1] == '*') path[length - 1] = '\0';
 
     DIR* dir = ::opendir(path);
@@ -159,25 +164,25 @@ int FileDefaultOpt::findclose(long handle) {
     return 0;
 }
 
-int FileDefaultOpt::mkdir(const char* path) { return ::mkdir(path, 0777); }
+int FileDefaultOpt::mkdir(const char* path) { return ::mkdir(named(path), 0777); }
 
-int FileDefaultOpt::rmdir(const char* path) { return ::rmdir(path); }
+int FileDefaultOpt::rmdir(const char* path) { return ::rmdir(named(path)); }
 
 int FileDefaultOpt::statfs(const char* path, unsigned long long& userFreeBytes,
                            unsigned long long& totalBytes, unsigned long long& freeBytes) {
     Platform::DiskSpace space = {};
-    const int result = Platform::diskSpace(path, space);
+    const int result = Platform::diskSpace(named(path), space);
     userFreeBytes = space.userFree;
     totalBytes = space.total;
     freeBytes = space.free;
     return result;
 }
 
-int FileDefaultOpt::access(const char* path, int mode) { return ::access(path, mode); }
+int FileDefaultOpt::access(const char* path, int mode) { return ::access(named(path), mode); }
 
 int FileDefaultOpt::stat(const char* path, FileInfo& info) {
     struct ::stat status;
-    const int result = ::stat(path, &status);
+    const int result = ::stat(named(path), &status);
     if (result != 0) return result;
     copyName(info, path);
     copyStatus(info, status);
