@@ -35,7 +35,6 @@ void compareAllLengths() {
 
         coded.text()[expected.size() - 1] = '\n';
         const Tests::CGuardedBuffer back(static_cast<size_t>(base64DecodeLen(coded.text())));
-        ASSERT_GE(back.size(), sample.size() + 1);
         ASSERT_EQ(base64Decode(back.text(), coded.text()), length);
         ASSERT_TRUE(std::equal(sample.begin(), sample.end(), back.data())) << length;
     }

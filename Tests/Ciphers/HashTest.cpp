@@ -27,7 +27,7 @@ struct Sha : CSha1 {
 // Of what an object got before, and of this.
 template <class Hash>
 std::string hexOf(const std::string& data, Hash&& hash = Hash()) {
-    hash.update(Samples::text(data), data.size());
+    hash.update(reinterpret_cast<const uint8_t*>(data.data()), data.size());
     const Tests::CGuardedBuffer text(2 * std::decay_t<Hash>::kSize);
     hash.hex(text.text());
     return {text.text(), text.size()};
@@ -63,7 +63,7 @@ TEST(Hash, Md5MatchesRfc1321AndTheOracle) {
     EXPECT_EQ(hexOf<Md5>("message digest"), "f96b697d7cb7938d525a2f31aaf161d0");
     compareLengthsAndPieces<Md5>();
     Md5 restarted;
-    restarted.update(Samples::text("abc"), 3);
+    restarted.update(Samples::bytes(3).data(), 3);
     restarted.init();
     EXPECT_EQ(hexOf("", restarted), "d41d8cd98f00b204e9800998ecf8427e");
 }
@@ -100,12 +100,10 @@ TEST(Hash, BadBuffersAreLoggedAndLeftAlone) {
     EXPECT_EQ(text[40], '#');
     sha1.hex(text, 41);
     EXPECT_STREQ(text, "da39a3ee5e6b4b0d3255bfef95601890afd80709");
-    const char* const expected[] = {"digest is NULL\n",      "hash is NULL\n", "hash is NULL!\n",
-                                    "len(19) is invalid!\n", "str is NULL!\n", "len(39) is invalid!\n"};
-    const std::vector<std::string> lines = log.lines();
-    ASSERT_EQ(lines.size(), std::size(expected));
-    for (size_t i = 0; i < lines.size(); ++i)
-        EXPECT_NE(lines[i].find(expected[i]), std::string::npos) << lines[i];
+    for (const char* line : {"digest is NULL\n", "hash is NULL\n", "hash is NULL!\n", "len(19) is invalid!\n",
+                             "str is NULL!\n", "len(39) is invalid!\n"})
+        EXPECT_EQ(log.count(line), 1u) << line;
+    EXPECT_EQ(log.lines().size(), 6u);
 }
 
 TEST(Hash, ThePlainSha1FunctionsCountAndWait) {
