@@ -31,7 +31,7 @@ struct TripleDesInternal;
 class FUNDO_API CTripleDes {
 public:
     /// The size of a block with keys longer than 8 bytes.
-    enum BlockType {
+    enum BlockType : int {
         Block8 = 0,  ///< 8 bytes
         Block16 = 1  ///< 16 bytes
     };

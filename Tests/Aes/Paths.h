@@ -15,25 +15,20 @@ namespace Cpu = Tovra::Utils::Cpu;
 
 using Bytes = std::vector<std::uint8_t>;
 
-// A way through the library: the features allowed, and the kernel that long buffers must then meet.
-struct Path {
-    unsigned features;
-    const char* kernel;
-};
-
-constexpr Path kPaths[] = {{Cpu::kPortable, "portable"},
-                           {Cpu::kAes | Cpu::kClmul, "AES-NI"},
-                           {Cpu::kAes | Cpu::kVaes256, "VAES-256"},
-                           {Cpu::kAes | Cpu::kVaes512, "VAES-512"}};
+// The ways through the library: the features allowed, and the kernel that long buffers must then meet.
+constexpr std::pair<unsigned, const char*> kPaths[] = {{Cpu::kPortable, "portable"},
+                                                       {Cpu::kAes | Cpu::kClmul, "AES-NI"},
+                                                       {Cpu::kAes | Cpu::kVaes256, "VAES-256"},
+                                                       {Cpu::kAes | Cpu::kVaes512, "VAES-512"}};
 
 // Does it once by each path of this processor, having made sure that the path is taken.
 template <class Do>
 void onEachPath(Do&& what) {
-    for (const Path& path : kPaths) {
-        if (!Cpu::has(path.features)) continue;
-        SCOPED_TRACE(path.kernel);
-        const Cpu::CRestriction restriction(path.features);
-        ASSERT_STREQ(Tovra::Utils::AES::kernelFor(100).name, path.kernel);
+    for (const auto& [features, kernel] : kPaths) {
+        if (!Cpu::has(features)) continue;
+        SCOPED_TRACE(kernel);
+        const Cpu::CRestriction restriction(features);
+        ASSERT_STREQ(Tovra::Utils::AES::kernelFor(100).name, kernel);
         what();
         if (::testing::Test::HasFatalFailure()) return;
     }

@@ -21,18 +21,12 @@ inline Bytes bytes(std::size_t size, unsigned seed = 1) {
     return result;
 }
 
-inline const std::uint8_t* text(const std::string& characters) {
-    return reinterpret_cast<const std::uint8_t*>(characters.data());
-}
-
 // Cuts a length into random pieces, empty ones among them, and hands out where each starts and its size.
 template <class Take>
 void inPieces(std::size_t length, std::mt19937& random, Take take) {
-    std::size_t done = 0;
-    while (done < length) {
-        const std::size_t piece = std::min<std::size_t>(random() % 200, length - done);
+    for (std::size_t done = 0, piece; done < length; done += piece) {
+        piece = std::min<std::size_t>(random() % 200, length - done);
         take(done, piece);
-        done += piece;
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <new>
 
 namespace Tests {
@@ -21,6 +22,10 @@ public:
         m_region = static_cast<std::uint8_t*>(region);
         if (m_inner != 0 && ::mprotect(m_region + m_page, m_inner, PROT_READ | PROT_WRITE) != 0)
             throw std::bad_alloc();
+    }
+    /// A copy of bytes.
+    CGuardedBuffer(const void* bytes, std::size_t size) : CGuardedBuffer(size) {
+        if (size != 0) std::memcpy(data(), bytes, size);
     }
     ~CGuardedBuffer() { ::munmap(m_region, m_inner + 2 * m_page); }
     CGuardedBuffer(const CGuardedBuffer&) = delete;

