@@ -90,7 +90,7 @@ TEST(Des, BlocksOfAllFormsMatchTheOracle) {
         deskey(key.data(), 0);
         des(text.data(), out.data());
         ASSERT_EQ(out, peerDes(key.data(), first, DES_ENCRYPT));
-        for (const auto& [load, size] : {std::pair(des2key, 16), {des3key, 24}}) {
+        for (const auto& [load, size] : {std::pair(&des2key, 16), {&des3key, 24}}) {
             const Samples::Bytes keys(key.begin(), key.begin() + size);
             load(key.data(), 0);
             Ddes(text.data(), out.data());
@@ -136,7 +136,7 @@ TEST(Des, RegistersHoldRoundKeysAndCanBeMoved) {
 TEST(Des, KeysFromTextsMatchTheOracleAndLeaveNoTrace) {
     des3key(Samples::bytes(24, 9).data(), 0);
     const std::vector<unsigned long> before = registers();
-    for (const auto& [make, size] : {std::pair(makekey, 8U), {make2key, 16U}, {make3key, 24U}}) {
+    for (const auto& [make, size] : {std::pair(&makekey, 8U), {&make2key, 16U}, {&make3key, 24U}}) {
         for (size_t length = 0; length <= 50; ++length) {
             std::string text("A long \xe9 passphrase with more than forty-eight letters", length);
             Samples::Bytes key(size);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <numeric>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,9 @@ struct Functions {
     int (*char2uni)(const unsigned char*, int, unsigned short*);
     int (*to_utf8)(unsigned char*, int&, const unsigned char*, int&);
 };
+
+// The name of a failed case.
+void PrintTo(const Functions& functions, std::ostream* out) { *out << functions.name; }
 
 #define FUNCTIONS(x) \
     { #x, x##_uni2char, x##_char2uni, x##_to_utf8 }
