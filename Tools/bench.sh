@@ -12,32 +12,17 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build/release}
 [ $# -gt 0 ] || set -- $(cd "$root/Benchmarks" && ls -d */ | tr -d /)
 
-{
+results=$(mktemp -d)
+trap 'rm -rf "$results"' EXIT
+
 echo "machine: $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1), $(nproc) cores"
 for subject in "$@"; do
     program=$build/Benchmarks/$subject/${subject}Benchmark
     [ -x "$program" ] || { echo "$program is not built" >&2; exit 1; }
-    "$program" --benchmark_format=csv --benchmark_report_aggregates_only=true \
-        --benchmark_repetitions="${BENCH_REPETITIONS:-9}" --benchmark_min_time="${BENCH_MIN_TIME:-0.1}" \
-        --benchmark_enable_random_interleaving=true --benchmark_filter="${BENCH_FILTER:-.*}" 2>/dev/null
+    "$program" --benchmark_out="$results/$subject.json" --benchmark_out_format=json \
+        --benchmark_report_aggregates_only=true --benchmark_repetitions="${BENCH_REPETITIONS:-9}" \
+        --benchmark_min_time="${BENCH_MIN_TIME:-0.1}" --benchmark_enable_random_interleaving=true \
+        --benchmark_filter="${BENCH_FILTER:-.*}" >"$results/$subject.txt" 2>&1 ||
+        { cat "$results/$subject.txt" >&2; echo "$program failed" >&2; exit 1; }
 done
-} | awk -F, '
-    { line = $0; gsub(/"/, "", line); split(line, field, ",") }
-    field[1] !~ /_median$/ { if (field[1] ~ /^machine/) print line; next }
-    {
-        name = field[1]; sub(/_median$/, "", name)
-        # real time where the case asks for it (threads, waits), processor time elsewhere
-        time = name ~ /real_time/ ? field[3] : field[4]
-        peer = name; sub(/\/.*/, "", peer)
-        what = name; sub(/^[^\/]*\//, "", what)
-        if (peer == "Fundo") { ours[what] = time; order[++count] = what }
-        else if (!(what in best) || time + 0 < best[what] + 0) { best[what] = time; who[what] = peer }
-    }
-    END {
-        printf "%-56s %12s %12s %8s  %s\n", "case", "ours", "best peer", "ratio", "peer"
-        for (i = 1; i <= count; i++) {
-            what = order[i]
-            if (what in best) printf "%-56s %12.2f %12.2f %8.2f  %s\n", what, ours[what], best[what], ours[what] / best[what], who[what]
-            else printf "%-56s %12.2f %12s\n", what, ours[what], "-"
-        }
-    }'
+python3 "$root/Tools/bench_ratios.py" "$results"/*.json
