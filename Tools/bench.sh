@@ -19,10 +19,10 @@ echo "machine: $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1), $(
 for subject in "$@"; do
     program=$build/Benchmarks/$subject/${subject}Benchmark
     [ -x "$program" ] || { echo "$program is not built" >&2; exit 1; }
-    "$program" --benchmark_out="$results/$subject.json" --benchmark_out_format=json \
-        --benchmark_report_aggregates_only=true --benchmark_repetitions="${BENCH_REPETITIONS:-9}" \
-        --benchmark_min_time="${BENCH_MIN_TIME:-0.1}" --benchmark_enable_random_interleaving=true \
-        --benchmark_filter="${BENCH_FILTER:-.*}" >"$results/$subject.txt" 2>&1 ||
-        { cat "$results/$subject.txt" >&2; echo "$program failed" >&2; exit 1; }
+    "$program" --benchmark_format=json --benchmark_report_aggregates_only=true \
+        --benchmark_repetitions="${BENCH_REPETITIONS:-9}" --benchmark_min_time="${BENCH_MIN_TIME:-0.1}" \
+        --benchmark_enable_random_interleaving=true --benchmark_filter="${BENCH_FILTER:-.*}" \
+        >"$results/$subject.json" 2>"$results/errors" ||
+        { cat "$results/errors" >&2; echo "$program failed" >&2; exit 1; }
 done
 python3 "$root/Tools/bench_ratios.py" "$results"/*.json

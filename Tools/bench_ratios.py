@@ -9,15 +9,23 @@ STANDARD = {"family_index", "per_family_instance_index", "repetitions", "repetit
             "real_time", "cpu_time", "label", "items_per_second", "bytes_per_second"}
 
 
+def documents(text):
+    """The results of a program, one document for each time that it starts itself anew."""
+    decoder, at = json.JSONDecoder(), text.find("{")
+    while at >= 0:
+        document, end = decoder.raw_decode(text, at)
+        yield document
+        at = text.find("{", end)
+
+
 def medians(paths):
     for path in paths:
         with open(path, encoding="utf-8") as file:
             text = file.read()
-        # A filter that fits no case of a program leaves its file empty.
-        for row in json.loads(text)["benchmarks"] if text.strip() else []:
+        for document in documents(text):
             # A case that is run once has no median.
-            if row.get("aggregate_name") == "median" or row.get("repetitions") == 1:
-                yield row
+            yield from (row for row in document["benchmarks"]
+                        if row.get("aggregate_name") == "median" or row.get("repetitions") == 1)
 
 
 def main():
