@@ -8,6 +8,10 @@
 
 namespace Support {
 
+inline bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
 // Collects what reaches standard output at a log level while it lives.
 class Output {
 public:

@@ -4,16 +4,20 @@
 #include <pthread.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <thread>
 #include <vector>
 
+#include "Fundo/Fundo3/Thread.h"
 #include "Platform/Semaphore.h"
+#include "Support/Await.h"
 
 using namespace Tovra::Fundo;
 using namespace Tovra::Fundo::Platform;
+using Support::await;
 
 namespace {
 
@@ -23,8 +27,7 @@ protected:
     ~SemaphoreLine() override { EXPECT_EQ(semaphore_destroy(&m_semaphore), KERN_SUCCESS); }
 
     void awaitBalance(int64_t balance) const {
-        while (m_semaphore.balance != balance)
-            std::this_thread::yield();
+        await([&] { return m_semaphore.balance == balance; });
     }
 
     semaphore_t m_semaphore;
@@ -44,70 +47,54 @@ TEST_F(SemaphoreLine, ReleasesWaitersInTheOrderOfTheirComing) {
     std::vector<int> order;
     std::atomic<int> released{0};
     std::vector<std::thread> waiters;
+    const SemaphoreWaiter* last = nullptr;
     for (int i = 0; i < kWaiters; ++i) {
         waiters.emplace_back([&, i] {
             semaphore_wait(&m_semaphore);
             order.push_back(i);  // one at a time: the next post comes after this one is counted
             ++released;
         });
-        // The line is written under the lock that follows the balance, and read under it.
-        awaitBalance(-i - 1);
-        const SemaphoreWaiter* last = nullptr;
-        static const SemaphoreWaiter* s_before = nullptr;
-        do {
+        await([&, before = last] {
             pthread_mutex_lock(&m_semaphore.lock);
             last = m_semaphore.last;
             pthread_mutex_unlock(&m_semaphore.lock);
-        } while (last == s_before);
-        s_before = last;
+            return last != before;
+        });
     }
     for (int i = 0; i < kWaiters; ++i) {
         semaphore_signal(&m_semaphore);
-        while (released != i + 1)
-            std::this_thread::yield();
+        await([&] { return released == i + 1; });
     }
     for (auto& waiter : waiters)
         waiter.join();
-    for (int i = 0; i < kWaiters; ++i)
-        EXPECT_EQ(order[static_cast<size_t>(i)], i);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
 
-TEST_F(SemaphoreLine, APostIsNotSnatchedFromTheWaiterItIsFor) {
+TEST_F(SemaphoreLine, IsHeldOpenByAWaiterFromWhomAPostIsNotSnatched) {
     std::thread waiter([&] { semaphore_wait(&m_semaphore); });
     awaitBalance(-1);
+    EXPECT_EQ(semaphore_destroy(&m_semaphore), EBUSY);
     semaphore_signal(&m_semaphore);
     EXPECT_EQ(semaphore_timedwait(&m_semaphore), ETIMEDOUT);
     waiter.join();
 }
 
-TEST_F(SemaphoreLine, AnInterruptedWaitTakesNoCount) {
-    installHandler(0);
-    std::atomic<int> result{-1};
-    std::thread waiter([&] { result = semaphore_wait(&m_semaphore); });
-    awaitBalance(-1);
-    while (result == -1) {
-        pthread_kill(waiter.native_handle(), SIGUSR1);
-        std::this_thread::yield();
+TEST_F(SemaphoreLine, OnlyAHandlerThatDoesNotRestartInterruptsAWaitWhichTakesNoCountThen) {
+    for (const int flags : {0, SA_RESTART}) {
+        installHandler(flags);
+        std::atomic<int> result{-1};
+        std::thread waiter([&] { result = semaphore_wait(&m_semaphore); });
+        awaitBalance(-1);
+        for (int i = 0; flags == 0 ? result == -1 : i < 100; ++i) {
+            pthread_kill(waiter.native_handle(), SIGUSR1);
+            std::this_thread::yield();
+        }
+        EXPECT_EQ(result, flags == 0 ? EINTR : -1);
+        EXPECT_EQ(m_semaphore.balance, flags == 0 ? 0 : -1);
+        if (flags != 0) semaphore_signal(&m_semaphore);
+        waiter.join();
     }
-    waiter.join();
-    EXPECT_EQ(result, EINTR);
-    EXPECT_EQ(m_semaphore.balance, 0);
-}
-
-TEST_F(SemaphoreLine, ARestartingHandlerDoesNotInterrupt) {
-    installHandler(SA_RESTART);
-    std::atomic<int> result{-1};
-    std::thread waiter([&] { result = semaphore_wait(&m_semaphore); });
-    awaitBalance(-1);
-    for (int i = 0; i < 100; ++i) {
-        pthread_kill(waiter.native_handle(), SIGUSR1);
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(result, -1);
-    semaphore_signal(&m_semaphore);
-    waiter.join();
-    EXPECT_EQ(result, KERN_SUCCESS);
-    EXPECT_GT(s_signals, 0);
+    EXPECT_GT(s_signals, 1);
 }
 
 // Posts and interruptions race for the same waiters; each post must release exactly one wait.
@@ -116,12 +103,11 @@ TEST_F(SemaphoreLine, UnderAStormOfSignalsNoCountIsLostOrMade) {
     constexpr int kWaiters = 4;
     constexpr int kPosts = 4000;
     std::atomic<int> taken{0};
-    std::atomic<int> interrupted{0};
     std::vector<std::thread> waiters;
     for (int i = 0; i < kWaiters; ++i) {
         waiters.emplace_back([&] {
             while (taken < kPosts) {
-                ++(semaphore_wait(&m_semaphore) == KERN_SUCCESS ? taken : interrupted);
+                if (semaphore_wait(&m_semaphore) == KERN_SUCCESS) ++taken;
             }
         });
     }
@@ -129,31 +115,12 @@ TEST_F(SemaphoreLine, UnderAStormOfSignalsNoCountIsLostOrMade) {
         semaphore_signal(&m_semaphore);
         pthread_kill(waiters[static_cast<size_t>(i % kWaiters)].native_handle(), SIGUSR1);
     }
-    while (taken < kPosts)
-        std::this_thread::yield();
-    EXPECT_EQ(taken, kPosts);
+    await([&] { return taken >= kPosts; });
     for (int i = 0; i < kWaiters; ++i)
         semaphore_signal(&m_semaphore);
     for (auto& waiter : waiters)
         waiter.join();
     EXPECT_EQ(m_semaphore.balance + taken, kPosts + kWaiters);
-}
-
-TEST_F(SemaphoreLine, CannotEndWhileAThreadWaits) {
-    std::thread waiter([&] { semaphore_wait(&m_semaphore); });
-    awaitBalance(-1);
-    EXPECT_EQ(semaphore_destroy(&m_semaphore), EBUSY);
-    semaphore_signal(&m_semaphore);
-    waiter.join();
-}
-
-TEST(Semaphore, TryPendTakesWhatIsThere) {
-    CSemaphore semaphore(2);
-    EXPECT_EQ(semaphore.tryPend(), 0);
-    EXPECT_EQ(semaphore.tryPend(), 0);
-    EXPECT_EQ(semaphore.tryPend(), -1);
-    EXPECT_EQ(semaphore.post(), 0);
-    EXPECT_EQ(semaphore.pend(), 0);
 }
 
 TEST(Semaphore, ATimedPendSleepsInStepsBeforeItLooks) {
@@ -168,15 +135,18 @@ TEST(Semaphore, ATimedPendSleepsInStepsBeforeItLooks) {
         CSemaphore semaphore(now.count);
         const auto start = Clock::now();
         EXPECT_EQ(semaphore.pend(now.timeout), now.result);
+        EXPECT_EQ(semaphore.tryPend(), -1);
         EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(now.atLeast)) << now.timeout;
     }
 }
 
-TEST(Semaphore, ATimedPendSeesAPostThatComesMeanwhile) {
-    CSemaphore semaphore(0);
+TEST(Semaphore, TakesWhatIsThereAndSeesAPostThatComesMeanwhile) {
+    CSemaphore semaphore(2);
+    EXPECT_EQ(semaphore.tryPend() + semaphore.pend(), 0);
+    EXPECT_EQ(semaphore.tryPend(), -1);
     std::thread poster([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(25));
-        semaphore.post();
+        CThread::sleep(25);
+        EXPECT_EQ(semaphore.post(), 0);
     });
     EXPECT_EQ(semaphore.pend(100000), 0);
     poster.join();

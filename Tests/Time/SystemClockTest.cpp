@@ -72,7 +72,7 @@ TEST_F(SystemClock, IsSetToTheBoundedTimeAndLogged) {
     EXPECT_EQ(s_set[0].tv_usec, 0);
     EXPECT_FALSE(s_zoneGiven);
     EXPECT_EQ(log.lines().size(), 2U);
-    EXPECT_EQ(log.count(" info Time setSysCurrentTime "), 1U);
+    EXPECT_EQ(log.count(" info Time setSysCurrentTime "), 2U);
     EXPECT_EQ(log.count(" CTime::setCurrentTime to 2030-01-02 03:04:05\n"), 1U);
     EXPECT_EQ(log.count(" CTime::setCurrentTime() success without callback function\n"), 1U);
     CTime::setCurrentTime(CTime(1999, 12, 31, 23, 59, 59), 0);

@@ -203,6 +203,24 @@ TEST(Timer, ACallbackMayStopRearmAndDestroyItsOwnTimer) {
     EXPECT_EQ(self.calls, 5);
 }
 
+TEST(Timer, IsDestroyedEvenIfItsCallbackArmsItAgain) {
+    struct Stubborn {
+        CTimer* timer = new CTimer("Stubborn");
+        std::atomic<int> calls{0};
+        void call(unsigned long) {
+            if (++calls != 1) return;
+            await([this] { return !timer->isStarted(); });
+            timer->start(Callback(&Stubborn::call, this), 1, 1, 0, 0);
+        }
+    } stubborn;
+    stubborn.timer->start(Callback(&Stubborn::call, &stubborn), 1, 100000, 0, 0);
+    await([&] { return stubborn.calls == 1; });
+    delete stubborn.timer;
+    const int calls = stubborn.calls;
+    CThread::sleep(30);
+    EXPECT_EQ(stubborn.calls, calls);
+}
+
 TEST(Timer, APeriodCanBeChangedInFlight) {
     Target target;
     CTimer timer("Period");

@@ -27,7 +27,7 @@ public:
     /// @param name at most 31 characters are kept; null counts as "Nonamed". The thread table shows it during
     /// a call
     explicit CTimer(const char* name);
-    /// Stops the timer and waits for its callback.
+    /// Stops the timer and waits for its callback, which may arm it again in vain.
     virtual ~CTimer();
     CTimer(const CTimer&) = delete;
     CTimer& operator=(const CTimer&) = delete;

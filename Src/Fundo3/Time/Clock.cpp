@@ -29,8 +29,11 @@ uint64_t sinceBoot(const char* name) {
     timespec now{};
     const int error = Platform::readSystemClock(&now);
     if (error != 0) {
-        FUNDO_REPORT_STATIC(Detail::kError, "CTime::%s, sys_clock_gettime failed, error : %ld\n", name,
-                            static_cast<long>(error));
+        const Detail::Site site{kSource, name, __LINE__};
+        FUNDO_REPORT_IF(
+            Detail::kError,
+            Detail::reportStatic(Detail::kError, site, "CTime::%s, sys_clock_gettime failed, error : %ld\n",
+                                 name, static_cast<long>(error)));
         return 0;
     }
     return static_cast<uint64_t>(now.tv_sec) * unitsPerSecond +

@@ -19,7 +19,7 @@ Detail::PatternStyle chooseStyle(const char* pattern, int flags) {
     const bool ownOrder = (flags & CTime::ownOrder) != 0;
     const bool own12Hour = (flags & CTime::own12Hour) != 0;
     const bool ownSeparator = (flags & CTime::ownSeparator) != 0;
-    return {ownOrder ? Detail::validOrder(pattern, FUNDO_SITE)
+    return {ownOrder ? Detail::validOrder(pattern, {kSource, "format", __LINE__})
                      : static_cast<Detail::DateOrder>(CTime::getDateFormat()),
             own12Hour ? Detail::has12Hour(pattern) : CTime::get12Hour(),
             ownSeparator ? '\0' : CTime::getSeparator()};

@@ -57,28 +57,31 @@ bool isWithin(const CTime& time, int toleranceSeconds) {
     return std::llabs(difference) <= toleranceSeconds;
 }
 
-void tellListeners(const CTime& time, bool hardwareClockSet) {
+// The lines of both hooks have the hook's name.
+#define CLOCK_REPORT(level, ...) FUNDO_REPORT_IF(level, Detail::report(level, hook, __VA_ARGS__))
+
+void tellListeners(const CTime& time, bool hardwareClockSet, const Detail::Site& hook) {
     const std::list<Listener> listeners = currentListeners();
     for (const Listener& listener : listeners)
         listener(time);
     if (!listeners.empty()) return;
     if (hardwareClockSet) {
-        FUNDO_REPORT(Detail::kInfo, "CTime::setCurrentTime() success without callback function\n");
+        CLOCK_REPORT(Detail::kInfo, "CTime::setCurrentTime() success without callback function\n");
         return;
     }
     setLastError(kHardwareClockNotSet);
-    FUNDO_REPORT(Detail::kError, "CTime::setCurrentTime()  rtc time set function failed\n");
+    CLOCK_REPORT(Detail::kError, "CTime::setCurrentTime()  rtc time set function failed\n");
 }
 
 // What both default hooks do once the time stands and is logged.
-void setClock(const CTime& time, int32_t millisecond) {
+void setClock(const CTime& time, int32_t millisecond, const Detail::Site& hook) {
     if (!Platform::setTimeOfDay(time_to_utc(time), int64_t{millisecond} * 1000)) {
         setLastError(kClockNotSet);
         return;
     }
     const bool hardwareClockSet = systemCall("hwclock -w") == 0;
-    if (!hardwareClockSet) FUNDO_REPORT(Detail::kWarn, "CTime::setCurrentTime(): hwclock -w failed\n");
-    tellListeners(time, hardwareClockSet);
+    if (!hardwareClockSet) CLOCK_REPORT(Detail::kWarn, "CTime::setCurrentTime(): hwclock -w failed\n");
+    tellListeners(time, hardwareClockSet, hook);
 }
 
 CTime normalised(const SystemTime& time) {
@@ -105,7 +108,7 @@ void setSysCurrentTime(const CTime& time, int toleranceSeconds) {
     if (isWithin(to, toleranceSeconds)) return;
     FUNDO_REPORT(Detail::kInfo, "CTime::setCurrentTime to %04d-%02d-%02d %02d:%02d:%02d\n", to.year, to.month,
                  to.day, to.hour, to.minute, to.second);
-    setClock(to, 0);
+    setClock(to, 0, FUNDO_SITE);
 }
 
 void setSysCurrentTimeEx(const SystemTimeEx& time, int toleranceSeconds) {
@@ -113,7 +116,7 @@ void setSysCurrentTimeEx(const SystemTimeEx& time, int toleranceSeconds) {
     if (isWithin(to, toleranceSeconds)) return;
     FUNDO_REPORT(Detail::kInfo, "CTime::setCurrentTimeEx to %04d-%02d-%02d %02d:%02d:%02d:%04d\n", to.year,
                  to.month, to.day, to.hour, to.minute, to.second, time.millisecond);
-    setClock(to, time.millisecond);
+    setClock(to, time.millisecond, FUNDO_SITE);
 }
 
 void CTime::setCurrentTime(const CTime& time, int toleranceSeconds) {

@@ -26,6 +26,22 @@ private:
     TimerManagerInternal& m_manager;
 };
 
+// Whether a callback runs that is not the caller. The mutex is held.
+bool isBusyElsewhere(const TimerInternal& timer) {
+    CTimerThread* const worker = timer.m_thread;
+    return worker != nullptr && worker->getThreadID() != CThread::getCurrentThreadID();
+}
+
+// @return false if the callback has armed the timer again since it was stopped
+bool freeUnlessArmed(TimerInternal* timer) {
+    const LockedManager manager;
+    if (timer->m_started || isBusyElsewhere(*timer)) return false;
+    // Still set if this is the timer's own callback.
+    if (CTimerThread* worker = timer->m_thread) worker->forgetTimer();
+    delete timer;
+    return true;
+}
+
 }  // namespace
 
 bool TimerInternal::run(TimerManagerInternal& manager) {
@@ -64,11 +80,9 @@ void TimerInternal::reschedule(TimerManagerInternal& manager, uint64_t now) {
 CTimer::CTimer(const char* name) : m_internal(new TimerInternal(name)) { CTimerManager::instance(); }
 
 CTimer::~CTimer() {
-    stopAndWait();
-    const LockedManager manager;
-    // Still set if this is the timer's own callback.
-    if (CTimerThread* worker = m_internal->m_thread) worker->forgetTimer();
-    delete m_internal;
+    do {
+        stopAndWait();
+    } while (!freeUnlessArmed(m_internal));
 }
 
 bool CTimer::start(TFunction1<void, unsigned long> fun, unsigned int delay, unsigned int period,
@@ -101,9 +115,7 @@ bool CTimer::stopAndWait() {
     stop(false);
     TimerManagerInternal& manager = *TimerManagerInternal::instance();
     manager.m_mutex.enter();
-    CTimerThread* const worker = m_internal->m_thread;
-    const bool inside = worker != nullptr && worker->getThreadID() == CThread::getCurrentThreadID();
-    for (unsigned long round = 0; !inside && m_internal->m_thread != nullptr; ++round) {
+    for (unsigned long round = 0; isBusyElsewhere(*m_internal); ++round) {
         manager.m_mutex.leave();
         CThread::sleep(10);
         if (round % 500 == 0) {
