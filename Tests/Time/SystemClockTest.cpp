@@ -37,8 +37,11 @@ constexpr int64_t kTargetUtc = 1893553445;
 
 int hardwareClockWritten(const char* command) { return std::string("hwclock -w") == command ? 0 : -2; }
 
-void countHook(const CTime& time, int tolerance);
-void countHookEx(const SystemTimeEx& time, int tolerance);
+int s_hooked = 0;
+void countHook(const CTime& time, int tolerance) { s_hooked += time.year * 10 + tolerance; }
+void countHookEx(const SystemTimeEx& time, int) {
+    s_hooked += time.wday + time.millisecond + time.reserved[2];
+}
 
 // Attached before main: no initialiser of the library may undo it.
 const auto s_former = CTime::attachSetCurrentTimeHook(&countHook);
@@ -67,32 +70,29 @@ TEST_F(SystemClock, IsSetToTheBoundedTimeAndLogged) {
     setSystemCallHandler(&hardwareClockWritten);
     Support::LogCapture log(4);
     EXPECT_TRUE(CTime::setCurrentTimeEx(kTarget, 0));
-    ASSERT_EQ(s_set.size(), 1U);
-    EXPECT_EQ(s_set[0].tv_sec, kTargetUtc + get_timezone());
-    EXPECT_EQ(s_set[0].tv_usec, 0);
-    EXPECT_FALSE(s_zoneGiven);
     EXPECT_EQ(log.lines().size(), 2U);
     EXPECT_EQ(log.count(" info Time setSysCurrentTime "), 2U);
     EXPECT_EQ(log.count(" CTime::setCurrentTime to 2030-01-02 03:04:05\n"), 1U);
     EXPECT_EQ(log.count(" CTime::setCurrentTime() success without callback function\n"), 1U);
-    CTime::setCurrentTime(CTime(1999, 12, 31, 23, 59, 59), 0);
-    EXPECT_EQ(s_set[1].tv_sec, static_cast<time_t>(time_to_utc(CTime::minTime)));
-    setSysCurrentTime(CTime(2038, 6, 1, 0, 0, 0), 0);
-    EXPECT_EQ(s_set[2].tv_sec, static_cast<time_t>(time_to_utc(CTime::maxTime)));
-}
-
-TEST_F(SystemClock, IsSetToTheMillisecond) {
-    setSystemCallHandler(&hardwareClockWritten);
-    Support::LogCapture log(4);
     EXPECT_TRUE(CTime::setCurrentTime(SystemTimeEx{2030, 2, 31, 0, 3, 4, 5, 678, 1, {1, 2, 3}}, 0));
-    EXPECT_EQ(s_set.at(0).tv_sec, kTargetUtc + get_timezone() + (31 + 26) * 86400);
-    EXPECT_EQ(s_set[0].tv_usec, 678000);
     EXPECT_EQ(log.count(" CTime::setCurrentTimeEx to 2030-02-28 03:04:05:0678\n"), 1U);
+    CTime::setCurrentTime(CTime(1999, 12, 31, 23, 59, 59), 0);
+    setSysCurrentTime(CTime(2038, 6, 1, 0, 0, 0), 0);
+    const time_t february = kTargetUtc + (31 + 26) * 86400;
+    const time_t first = static_cast<time_t>(CTime::timeToSeconds(CTime::minTime));
+    const time_t last = static_cast<time_t>(CTime::timeToSeconds(CTime::maxTime));
+    const timeval wanted[] = {{kTargetUtc, 0}, {february, 678000}, {first, 0}, {last, 0}};
+    ASSERT_EQ(s_set.size(), 4U);
+    for (size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(s_set[i].tv_sec, wanted[i].tv_sec + get_timezone());
+        EXPECT_EQ(s_set[i].tv_usec, wanted[i].tv_usec);
+    }
+    EXPECT_FALSE(s_zoneGiven);
 }
 
 TEST_F(SystemClock, StaysWithinTheTolerance) {
     const CTime now = CTime::getCurrentTime();
-    EXPECT_TRUE(CTime::setCurrentTimeEx(now + 5, 6));
+    EXPECT_TRUE(CTime::setCurrentTimeEx(now + 5, 5));
     EXPECT_TRUE(CTime::setCurrentTimeEx(now - 5, 8));
     EXPECT_TRUE(s_set.empty());
     CTime::setCurrentTimeEx(now + 20, 5);
@@ -133,16 +133,6 @@ TEST_F(SystemClock, ListenersMayAttachListenersForTheNextChange) {
     EXPECT_EQ(listeners.called, (std::vector<std::string>{"first 2038", "first 2030", "second"}));
 }
 
-namespace {
-
-int s_hooked = 0;
-void countHook(const CTime& time, int tolerance) { s_hooked += time.year * 10 + tolerance; }
-void countHookEx(const SystemTimeEx& time, int) {
-    s_hooked += time.wday + time.millisecond + time.reserved[2];
-}
-
-}  // namespace
-
 TEST(ClockHooks, ReplaceTheSettersFromBeforeMain) {
     EXPECT_TRUE(s_former == (TFunction2<void, const CTime&, int>(&setSysCurrentTime)));
     CTime::setCurrentTime(kTarget, 3);
@@ -180,20 +170,20 @@ TEST_F(SystemClock, DeclaredZoneAndSavingAreKeptApartFromLocalTime) {
 
     Support::LogCapture log(2);
     EXPECT_EQ(CTime::getTimeZonefromTable(35), 50400);
-    EXPECT_EQ(CTime::getTimeZonefromTable(33), -16200);
     EXPECT_EQ(CTime::getTimeZonefromTable(36) + CTime::getTimeZonefromTable(-1), 0);
     EXPECT_EQ(log.count(", CTime::getTimeZonefromTable, zoneIndex error : -1\n"), 1U);
-    for (int row = 0; row < kNtpTimeZones; ++row)
-        EXPECT_EQ(g_ntp_timezone_table[row].index, row);
 }
 
-TEST_F(SystemClock, PrintTimeIsTheLocalTime) {
+TEST_F(SystemClock, PrintTimeIsTheLocalTimeAndFollowsAChangeAtOnce) {
     const CTime before = CTime::getCurrentTime();
     const CTime print = CTime::getCurTimeForPrint();
     const CTime after = CTime::getCurrentTime();
     EXPECT_TRUE(before <= print && print <= after);
     EXPECT_EQ(print.wday, before.wday);
-    const SystemTimeEx fine = CTime::getCurrentTimeEx();
-    EXPECT_LT(fine.millisecond, 1000);
-    EXPECT_EQ(fine.reserved[0] | fine.reserved[1] | fine.reserved[2], 0);
+    EXPECT_LT(CTime::getCurrentTimeEx().millisecond, 1000);
+    // The text kept for log lines is dropped once the clock has been set.
+    setenv("TZ", "EAST-14", 1);
+    ::tzset();
+    CTime::setCurrentTime(kTarget, 0);
+    EXPECT_GT(CTime::getCurTimeForPrint() - print, 3600);
 }
