@@ -241,7 +241,7 @@ TEST(TimerManager, TimersOfOneDueTimeFireInReverseOrderOfArming) {
 TEST(TimerManager, ABlockedCallbackShowsInBothTables) {
     Target target(true);
     CTimer timer("Blocked");
-    timer.start(target.callback(), 0, 100000, 0, 1);
+    timer.start(target.callback(), 1, 100000, 0, 1);  // by the thread that the table must show
     CTimer longest("Longest");
     Target other(true);
     longest.start(other.callback(), 0, 0, 0, UINT_MAX);
