@@ -35,6 +35,7 @@ public:
     Callback callback() { return Callback(&Target::call, this); }
     int calls() const { return m_calls; }
     int inside() const { return m_inside; }
+    bool holds() const { return m_holds; }  // a call, not just one that has begun
     void hold() { m_held = true; }
     void release() { m_held = false; }
 
@@ -42,14 +43,17 @@ private:
     void call(unsigned long) {
         ++m_inside;
         ++m_calls;
-        while (m_held)
+        while (m_held) {
+            m_holds = true;
             CThread::sleep(1);
+        }
         --m_inside;
     }
 
     std::atomic<int> m_calls{0};
     std::atomic<int> m_inside{0};
     std::atomic<bool> m_held;
+    std::atomic<bool> m_holds{false};
 };
 
 // Blocks so many callbacks at once.
@@ -124,7 +128,7 @@ TEST(Timer, APeriodicTimerGoesOnAndLosesTheTicksOfALongCall) {
     await([&] { return target.calls() >= 3; });
     EXPECT_FALSE(timer.isCalled());
     target.hold();
-    await([&] { return target.inside() == 1; });
+    await([&] { return target.holds(); });
     const int calls = target.calls();
     CThread::sleep(60);
     EXPECT_EQ(target.calls(), calls);
