@@ -3,4 +3,4 @@
 #include <atomic>
 
 // Bytes of the header of each packet that a global CPacket makes; IPacketManager::config() sets it.
-inline std::atomic<int> s_headerSize{0};
+inline std::atomic<int> s_headerSize{128};

@@ -6,9 +6,9 @@
 #include "Fundo/Fundo3/Function.h"
 #include "Memory/Packet.h"
 
-/// Tovra::Memory::CPacket under its old names, with a header on each packet: an extra area of the size that
-/// IPacketManager::config() has set. Copies share the packet; every operation of an empty handle gives 0 and
-/// does nothing. Threads as told there.
+/// Tovra::Memory::CPacket under its old names, with a header on each packet: an extra area of 128 bytes, or
+/// of the size that IPacketManager::config() has set. Copies share the packet; every operation of an empty
+/// handle gives 0 and does nothing. Threads as told there.
 class FUNDO_API CPacket {
 public:
     /// Gives bytes back: told the caller's argument and how many bytes there are.

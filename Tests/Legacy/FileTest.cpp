@@ -151,6 +151,7 @@ void giveBack(void* argument, unsigned long size) { s_returned = argument == &s_
 TEST(LegacyMemory, GoesBackWhereItCameFrom) {
     char bytes[64];
     CPacket packet(64U, CPacket::Deleter(giveBack), &s_returned);
+    EXPECT_EQ(packet.GetHeaderSize() + CPacket(1UL).GetHeaderSize(), 2 * 128U) << "without a config";
     EXPECT_TRUE(packet.PutBuffer(bytes, 64) == 64 && packet.GetBuffer() == bytes);
     packet = CPacket();
     EXPECT_EQ(s_returned, 64U);
