@@ -20,7 +20,6 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -33,7 +32,6 @@
 #include "Fundo/Fundo3/ThreadManager.h"
 #include "Fundo/Fundo3/Time.h"
 #include "Fundo/Fundo3/Timer.h"
-#include "Fundo/Fundo3/TimerManager.h"
 #include "Memory/PacketManager.h"
 #include "StationClient.h"
 #include "Support/Console.h"
@@ -146,27 +144,17 @@ bool obey(const std::string& line) {
     std::string command;
     words >> command;
     if (command == "quit") return false;
-    if (command == "threads") {
-        CThreadManager::instance()->dumpThreads();
-    } else if (command == "timers") {
-        CTimerManager::instance()->dumpTimers();
-    } else if (command == "clients") {
+    if (obeyShared(command, words)) return true;
+    if (command == "clients") {
         StationClient::visitAll(showClient);
     } else if (command == "packets") {
         showPackets();
     } else if (command == "drop") {
         dropAll();
-    } else if (command == "logfilter") {
-        steerLog({std::istream_iterator<std::string>(words), {}});
     } else if (!command.empty()) {
         FUNDO_LOG_WARN(kName, "commands: threads, timers, clients, packets, drop, logfilter ..., quit\n");
     }
     return true;
-}
-
-void openLog(const std::string& path) {
-    steerLog({"-logpath", path});
-    steerLog({"-logsavesetting", "bysize", "4", "3"});
 }
 
 // Packets of at most 64 KiB, and room for some of each channel.
@@ -195,7 +183,7 @@ int main(int argc, char** argv) {
     Console console;
     CThreadManager::instance()->registerMainThread();
     const std::string log = option(argc, argv, "--log", "");
-    if (!log.empty()) openLog(log);
+    if (!log.empty()) rollLog(log, "4");
     preparePool();
     describeErrors();
 

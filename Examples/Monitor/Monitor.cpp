@@ -17,7 +17,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -30,7 +29,6 @@
 #include "Fundo/Fundo3/ThreadManager.h"
 #include "Fundo/Fundo3/Time.h"
 #include "Fundo/Fundo3/Timer.h"
-#include "Fundo/Fundo3/TimerManager.h"
 #include "Proc.h"
 #include "Support/Console.h"
 
@@ -174,16 +172,11 @@ bool obey(const std::string& line, Monitor& monitor) {
     std::string command;
     words >> command;
     if (command == "quit") return false;
-    if (command == "threads") {
-        CThreadManager::instance()->dumpThreads();
-    } else if (command == "timers") {
-        CTimerManager::instance()->dumpTimers();
-    } else if (command == "slow") {
+    if (obeyShared(command, words)) return true;
+    if (command == "slow") {
         monitor.startSlowWorker();
     } else if (int level = 0; command == "level" && words >> level) {
         setPrintLogLevel(level);
-    } else if (command == "logfilter") {
-        steerLog({std::istream_iterator<std::string>(words), {}});
     } else if (!command.empty()) {
         FUNDO_LOG_WARN(kName, "commands: threads, timers, slow, level N, logfilter ..., quit\n");
     }
@@ -191,8 +184,7 @@ bool obey(const std::string& line, Monitor& monitor) {
 }
 
 void openLog(const std::string& path) {
-    steerLog({"-logpath", path});
-    steerLog({"-logsavesetting", "bysize", "64", "3"});
+    rollLog(path, "64");
     steerLog({"-logmodulestatistics", "on"});
 }
 

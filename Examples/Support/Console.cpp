@@ -6,9 +6,12 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <iterator>
 
 #include "Fundo/Fundo3/PrintLog.h"
+#include "Fundo/Fundo3/ThreadManager.h"
 #include "Fundo/Fundo3/Time.h"
+#include "Fundo/Fundo3/TimerManager.h"
 
 using namespace Tovra::Fundo;
 
@@ -33,6 +36,24 @@ void steerLog(std::vector<std::string> words) {
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
     setLogFilter(static_cast<int>(words.size()), arguments.data());
+}
+
+void rollLog(const std::string& path, const char* kilobytes) {
+    steerLog({"-logpath", path});
+    steerLog({"-logsavesetting", "bysize", kilobytes, "3"});
+}
+
+bool obeyShared(const std::string& command, std::istream& words) {
+    if (command == "threads") {
+        CThreadManager::instance()->dumpThreads();
+    } else if (command == "timers") {
+        CTimerManager::instance()->dumpTimers();
+    } else if (command == "logfilter") {
+        steerLog({std::istream_iterator<std::string>(words), {}});
+    } else {
+        return false;
+    }
+    return true;
 }
 
 int endingSignals() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <istream>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,12 @@ void preparePrint();
 
 // Hands words to the print log's command language.
 void steerLog(std::vector<std::string> words);
+
+// Log to a file that rolls at so many KiB and keeps three files.
+void rollLog(const std::string& path, const char* kilobytes);
+
+// Does a command that every example has, "threads", "timers" or "logfilter ...". @return whether it was one
+bool obeyShared(const std::string& command, std::istream& words);
 
 // Blocks SIGINT and SIGTERM and gives a descriptor that becomes readable at one of them. Called before the
 // first thread is made, so that every thread inherits the mask.
